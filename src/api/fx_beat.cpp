@@ -1,0 +1,105 @@
+// FX bank beat FX: type, depth and beat of the six beat FX positions of each bank, the beat effect
+// list, and the current beat effect kept under the shared "PopUp" key.
+#include <array>
+
+#include "api/current_index.h"
+#include "api/guard.h"
+#include "api/stored_answer.h"
+#include "tables/stored_keys.h"
+#include "usb/device_loop.h"
+
+using namespace nvx;
+using api::guarded;
+using api::isProduct;
+
+namespace {
+
+constexpr uint32_t kLastKeyedBank = 2;
+constexpr uint32_t kLastPosition = 5;
+constexpr uint32_t kLastItem = 2;
+constexpr uint32_t kLastSlot = 6;
+constexpr uint32_t kEffectCount = 15;
+constexpr uint32_t kLastEffectText = 15;    // one past the last name: the table's null end entry
+constexpr uint32_t kLastReplayEffect = 15;  // the replay admits one index past the last effect
+
+// Highest value the getter hands out per item: FXType indexes BFXTypeText, Deprh is any byte, BEAT
+// is a code 0-54. A stored value above its item's limit leaves the caller's output as it was.
+constexpr std::array<uint32_t, kLastItem + 1> kItemLimits = {14, 255, 54};
+
+// Bits 15-14 bank, 13-11 position, 10-8 item, 7-0 value.
+uint16_t beatFxWord(uint32_t bank, uint32_t position, uint32_t item, uint32_t value) {
+  return static_cast<uint16_t>((bank << 14 | (position & 7) << 11 | (item & 7) << 8 | (value & 0xFF)) & 0xFFFF);
+}
+
+std::string beatFxKey(uint32_t bank, uint32_t position, uint32_t item) {
+  return keys::makeKey(keys::kBeatFxTemplates[bank][position], item);
+}
+
+}  // namespace
+
+extern "C" {
+
+int32_t NVX_SetFXBANKBFXModeIndex(int32_t productId, uint32_t bank, uint32_t position, uint32_t item,
+                                  uint32_t value) {
+  return guarded([&] {
+    // The bank is not tested: any bank is sent; only banks 0-2 have a key to store under.
+    if (!isProduct(productId) || position > kLastPosition || item > kLastItem) return NVX_ERROR;
+    const uint16_t word = beatFxWord(bank, position, item, value);
+    usb::sendToEveryMixer(usb::SetFXBANKBFXModeSetting, word);
+    if (bank <= kLastKeyedBank) store::StoreAutoSetupValue(beatFxKey(bank, position, item), word);
+    return NVX_OK;
+  });
+}
+
+int32_t NVX_GetFXBANKBFXModeIndex(int32_t productId, uint32_t bank, uint32_t position, uint32_t item,
+                                  uint32_t *value) {
+  return guarded([&] {
+    if (!isProduct(productId) || !value || position > kLastPosition) return NVX_ERROR;
+    const auto file = store::LoadAutoSetupFile();
+    if (!file) return NVX_ERROR;
+    if (bank > kLastKeyedBank) return NVX_ERROR;  // tested only after the file was read
+    const auto stored = store::readStored(file, beatFxKey(bank, position, item), keys::rules::kBeatFx);
+    if (!stored.hasValue()) return stored.isError() ? NVX_ERROR : NVX_OK;
+    const uint32_t byte = api::lowByte(stored.value);  // the word's bank, position and item bits are ignored
+    if (item > kLastItem) *value = 0;
+    else if (byte <= kItemLimits[item]) *value = byte;
+    return NVX_OK;
+  });
+}
+
+int32_t NVX_GetFXBANKBEATEFFECTModeText(int32_t productId, uint32_t slot, uint32_t index, intptr_t /*unused*/,
+                                        const char **text) {
+  return guarded([&] {
+    if (!isProduct(productId) || !text || slot > kLastSlot || index > kLastEffectText) return NVX_ERROR;
+    *text = BFXTypeText[index];
+    return NVX_OK;
+  });
+}
+
+int32_t NVX_GetNumOfFXBANKBEATEFFECTModeIndex(int32_t productId, uint32_t slot, uint32_t *count) {
+  return guarded([&] {
+    if (!isProduct(productId) || !count || slot > kLastSlot) return NVX_ERROR;
+    *count = kEffectCount;
+    return NVX_OK;
+  });
+}
+
+int32_t NVX_GetCurrentFXBANKBEATEFFECTModeIndex(int32_t productId, uint32_t slot, uint32_t *index) {
+  return guarded([&] {
+    if (!isProduct(productId) || !index || slot > kLastSlot) return NVX_ERROR;
+    return api::readCurrentIndex(index);
+  });
+}
+
+int32_t NVX_SetCurrentFXBANKBEATEFFECTModeIndex(int32_t productId, uint32_t slot) {
+  return guarded([&] {
+    uint32_t current = 0;
+    const int32_t read = NVX_GetCurrentFXBANKBEATEFFECTModeIndex(productId, slot, &current);
+    if (!isProduct(productId) || read != NVX_OK || current > kLastReplayEffect) return NVX_ERROR;
+    // The index goes to bits 8-15 as it stands: not the beat FX word layout of the setter.
+    usb::sendToEveryMixer(usb::SetFXBANKBFXModeSetting, static_cast<uint16_t>((current << 8) & 0xFFFF));
+    return NVX_OK;
+  });
+}
+
+}  // extern "C"

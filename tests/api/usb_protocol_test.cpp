@@ -1,0 +1,178 @@
+// The request wrappers, the open/close functions and the device loop, on virtual mixers.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "support/virtual_bus.h"
+#include "usb/device_loop.h"
+#include "usb/requests.h"
+#include "usb/usb_access.h"
+
+namespace nvx::test {
+namespace {
+
+using namespace nvx::usb;
+
+class UsbProtocolTest : public ::testing::Test {
+ protected:
+  // Opens mixer 0, runs `use` on it, closes it; returns the request lines it left.
+  std::vector<std::string> onFirstMixer(const std::function<void(Device *)> &use) {
+    USBDeviceHandle handle;
+    EXPECT_EQ(open_pipes(&handle, 0), kIOReturnSuccess);
+    bus.clearLog();
+    use(handle.deviceRef.get());
+    closeUSB(&handle);
+    return bus.requests();
+  }
+
+  VirtualBus bus{std::vector<VirtualMixer>(1)};
+};
+
+TEST_F(UsbProtocolTest, EveryWriteWrapperPutsItsSetupBytesOnTheWire) {
+  struct Case {
+    WriteWrapper wrapper;
+    const char *line;  // value 0x1203 in wValue, the wrapper's wIndex, wLength 0
+  };
+  const Case cases[] = {
+      {SetMixerOutputSetting, "0 40 03 03 12 02 80 00 00"},
+      {SetUSBOutputLevelSetting, "0 40 03 03 12 03 80 00 00"},
+      {SetMidiChannelSetting, "0 40 03 03 12 04 80 00 00"},
+      {SetMidiKeyModeSetting, "0 40 03 03 12 05 80 00 00"},
+      {SetFXBANKFILTERModeSetting, "0 40 03 03 12 0D 85 00 00"},
+      {SetFXBANKBFXModeSetting, "0 40 03 03 12 0E 85 00 00"},
+      {SetFXBANKCHFADERModeSetting, "0 40 03 03 12 0F 85 00 00"},
+      {SetFXBANKBFXTAILSetting, "0 40 03 03 12 10 85 00 00"},
+      {SetCROSSFADERCUTLAGSetting, "0 40 03 03 12 11 85 00 00"},
+      {Set4BEETLOOPBUTTONTYPESetting, "0 40 03 03 12 12 85 00 00"},
+      {SetFADERSTARTSetting, "0 40 03 03 12 13 85 00 00"},
+      {SetPADModeSetting, "0 40 03 03 12 14 85 00 00"},
+      {SetCROSSFADERFADESetting, "0 40 03 03 12 15 85 00 00"},
+  };
+  for (const auto &c : cases) {
+    EXPECT_EQ(onFirstMixer([&](Device *d) { EXPECT_EQ(c.wrapper(d, 0x1203), kIOReturnSuccess); }),
+              std::vector<std::string>{c.line});
+  }
+  EXPECT_EQ(onFirstMixer([](Device *d) { SetPADModeSetting(d, 0); }),
+            std::vector<std::string>{"0 40 03 00 00 14 85 00 00"})
+      << "the value 0 is sent as it is";
+}
+
+TEST_F(UsbProtocolTest, EveryReadWrapperAsksForTheCallersLength) {
+  VirtualMixer mixer;
+  mixer.firmware = {0x05, 0x01};
+  mixer.serato = 1;
+  mixer.beatfx = {0xAA, 0xBB, 0xCC};
+  bus.setMixers({mixer});
+  uint8_t buffer[4] = {};
+  EXPECT_EQ(onFirstMixer([&](Device *d) { GetFirmwareVersionNumber(d, buffer, 2); }),
+            std::vector<std::string>{"0 C0 00 00 00 01 80 02 00 -> 05 01"});
+  EXPECT_EQ(onFirstMixer([&](Device *d) { GetSeratoActiveInfo(d, buffer, 2); }),
+            std::vector<std::string>{"0 C0 00 00 00 04 80 02 00 -> 01 00"});
+  EXPECT_EQ(onFirstMixer([&](Device *d) { GetBEATFXStatus(d, buffer, 3); }),
+            std::vector<std::string>{"0 C0 00 00 00 05 80 03 00 -> AA BB CC"});
+  EXPECT_EQ(buffer[2], 0xCC);
+}
+
+TEST_F(UsbProtocolTest, DeviceRequestReportsTheBytesMoved) {
+  VirtualMixer mixer;
+  mixer.firmware = {1, 2, 3};
+  mixer.shortReads = {{"0x8001", 2}};
+  bus.setMixers({mixer});
+  uint8_t buffer[8] = {};
+  uint16_t length = 8;
+  IOReturn result = kIOReturnError;
+  onFirstMixer([&](Device *d) { result = DeviceRequest(d, 0xC0, 0, 0, 0x8001, buffer, &length); });
+  EXPECT_EQ(result, kIOReturnSuccess);
+  EXPECT_EQ(length, 2);
+  EXPECT_EQ(DeviceRequest(nullptr, 0xC0, 0, 0, 0x8001, buffer, &length), kIOReturnBadArgument);
+}
+
+TEST_F(UsbProtocolTest, InputSelectorInfoLeavesElementsZeroAndFiveAlone) {
+  VirtualMixer mixer;
+  mixer.selectors = {1, 2, 3, 4};
+  bus.setMixers({mixer});
+  uint8_t buffer[6] = {0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
+  IOReturn result = kIOReturnError;
+  onFirstMixer([&](Device *d) { result = GetInputSelectorInfo(d, buffer, 6); });
+  EXPECT_EQ(result, kIOReturnSuccess);
+  EXPECT_EQ(std::vector<uint8_t>(buffer, buffer + 6), (std::vector<uint8_t>{0xEE, 1, 2, 3, 4, 0xEE}));
+}
+
+TEST_F(UsbProtocolTest, InputSelectorInfoReturnsTheCodeOfTheFourthRequest) {
+  VirtualMixer mixer;
+  mixer.fail = {"0x8002"};
+  bus.setMixers({mixer});
+  uint8_t buffer[6] = {};
+  IOReturn result = kIOReturnSuccess;
+  onFirstMixer([&](Device *d) { result = GetInputSelectorInfo(d, buffer, 6); });
+  EXPECT_EQ(result, kIOReturnIOError);
+}
+
+TEST_F(UsbProtocolTest, OpeningFollowsTheHandleRules) {
+  bus.setMixers(std::vector<VirtualMixer>(2));
+  EXPECT_EQ(CheckUSBAudio(0), 2u);
+  EXPECT_EQ(CheckUSBAudio(1), 0u);
+
+  USBDeviceHandle handle;
+  EXPECT_EQ(open_pipes(nullptr, 0), kIOReturnError);
+  EXPECT_EQ(open_pipes(&handle, 2), kIOReturnError) << "only two mixers";
+  EXPECT_EQ(handle.deviceRef, nullptr);
+
+  handle.openGuard = 1;
+  EXPECT_EQ(open_pipes(&handle, 0), kIOReturnError);
+  EXPECT_EQ(handle.deviceRef, nullptr);
+  handle.openGuard = 0;
+
+  ASSERT_EQ(open_pipes(&handle, 1), kIOReturnSuccess);
+  uint32_t location = 0;
+  EXPECT_EQ(GetLocationID(handle.deviceRef.get(), &location), kIOReturnSuccess);
+  EXPECT_EQ(openUSB(&handle, 0), kIOReturnError) << "a held reference is never replaced";
+  closeUSB(&handle);
+  closeUSB(&handle);  // an empty handle: nothing happens
+  EXPECT_EQ(bus.log(), (std::vector<std::string>{"1 open", "1 close"}));
+}
+
+TEST_F(UsbProtocolTest, ABusyMixerFailsToOpenWithItsOwnCode) {
+  VirtualMixer busy;
+  busy.open = "busy";
+  bus.setMixers({busy});
+  USBDeviceHandle handle;
+  EXPECT_EQ(open_pipes(&handle, 0), kIOReturnExclusiveAccess);
+  EXPECT_STREQ(describeIOReturn(kIOReturnExclusiveAccess), "busy: held by another program");
+}
+
+class DeviceLoopTest : public ::testing::TestWithParam<int> {
+ protected:
+  VirtualBus bus;
+};
+
+TEST_P(DeviceLoopTest, OpensUsesAndClosesEveryMixerInOrder) {
+  const int count = GetParam();
+  bus.setMixers(std::vector<VirtualMixer>(static_cast<size_t>(count)));
+  EXPECT_EQ(sendToEveryMixer(SetPADModeSetting, 0x0200), static_cast<uint32_t>(count));
+  std::vector<std::string> expected;
+  for (int n = 0; n < count; ++n) {
+    expected.push_back(std::to_string(n) + " open");
+    expected.push_back(writeLine(n, 0x8514, 0x0200));
+    expected.push_back(std::to_string(n) + " close");
+  }
+  EXPECT_EQ(bus.log(), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(ZeroToThreeMixers, DeviceLoopTest, ::testing::Values(0, 1, 2, 3));
+
+TEST(DeviceLoop, SkipsMixersThatFailToOpenAndStopsWhenAsked) {
+  VirtualMixer busy;
+  busy.open = "busy";
+  VirtualBus bus({VirtualMixer{}, busy, VirtualMixer{}, VirtualMixer{}});
+  int calls = 0;
+  visitMixers(countMixers(), [&](Device &) {
+    ++calls;
+    return calls == 2 ? Visit::Stop : Visit::Next;
+  });
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(bus.log(), (std::vector<std::string>{"0 open", "0 close", "1 open failed", "2 open", "2 close"}));
+}
+
+}  // namespace
+}  // namespace nvx::test

@@ -1,0 +1,79 @@
+#include "support/settings_file.h"
+
+#include <gtest/gtest.h>
+#include <plist/plist.h>
+
+#include <filesystem>
+
+namespace nvx::test {
+
+SettingsHome::SettingsHome() { env_.set("XDG_CONFIG_HOME", dir_.path()); }
+
+std::string SettingsHome::filePath() const { return dir_.file("com.norvane.MXR-K7autosetup.plist"); }
+
+bool SettingsHome::exists() const { return std::filesystem::exists(filePath()); }
+
+std::map<std::string, int64_t> SettingsHome::integers() const {
+  std::map<std::string, int64_t> values;
+  const std::string bytes = readFile(filePath());
+  plist_t root = nullptr;
+  plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
+  EXPECT_TRUE(root && plist_get_node_type(root) == PLIST_DICT) << "not a dictionary property list:\n" << bytes;
+  if (!root || plist_get_node_type(root) != PLIST_DICT) {
+    if (root) plist_free(root);
+    return values;
+  }
+  plist_dict_iter it = nullptr;
+  plist_dict_new_iter(root, &it);
+  for (;;) {
+    char *key = nullptr;
+    plist_t node = nullptr;
+    plist_dict_next_item(root, it, &key, &node);
+    if (!key) break;
+    if (plist_get_node_type(node) == PLIST_UINT) {
+      uint64_t raw = 0;
+      plist_get_uint_val(node, &raw);
+      values[key] = static_cast<int64_t>(raw);
+    }
+    free(key);
+  }
+  free(it);
+  plist_free(root);
+  return values;
+}
+
+std::optional<int64_t> SettingsHome::value(const std::string &key) const {
+  if (!exists()) return std::nullopt;
+  auto values = integers();
+  auto it = values.find(key);
+  return it == values.end() ? std::nullopt : std::optional<int64_t>(it->second);
+}
+
+size_t SettingsHome::keyCount() const {
+  const std::string bytes = readFile(filePath());
+  plist_t root = nullptr;
+  plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
+  size_t count = root && plist_get_node_type(root) == PLIST_DICT ? plist_dict_get_size(root) : 0;
+  if (root) plist_free(root);
+  return count;
+}
+
+void SettingsHome::writeRaw(const std::string &bytes) const {
+  dir_.write("com.norvane.MXR-K7autosetup.plist", bytes);
+}
+
+void SettingsHome::writeIntegers(const std::map<std::string, int64_t> &values) const {
+  writeRaw(integerPlistXml(values));
+}
+
+std::string integerPlistXml(const std::map<std::string, int64_t> &values) {
+  std::string xml =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+      "<plist version=\"1.0\">\n<dict>\n";
+  for (const auto &[key, value] : values)
+    xml += "\t<key>" + key + "</key>\n\t<integer>" + std::to_string(value) + "</integer>\n";
+  return xml + "</dict>\n</plist>\n";
+}
+
+}  // namespace nvx::test
