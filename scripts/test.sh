@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# The whole test suite: installs what is missing, builds with AddressSanitizer and UBSan, runs every
+# test, then the fuzz targets for a bounded time.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/bootstrap.sh
+jobs=$(nproc)
+
+cmake --preset dev
+cmake --build --preset dev -j "$jobs"
+ctest --preset dev
+
+cmake --preset fuzz
+cmake --build --preset fuzz -j "$jobs"
+ctest --test-dir build/fuzz --output-on-failure
