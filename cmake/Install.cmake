@@ -1,0 +1,24 @@
+# Installing the library: the shared library with its SONAME links, the header, a pkg-config file
+# and a CMake package giving the imported target NorvaneMXRK7Setup::NorvaneMXRK7Setup.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS NorvaneMXRK7Setup EXPORT NorvaneMXRK7SetupTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/include/NorvaneMXRK7Setup.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(NVX_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/NorvaneMXRK7Setup)
+install(EXPORT NorvaneMXRK7SetupTargets NAMESPACE NorvaneMXRK7Setup:: DESTINATION ${NVX_CMAKE_DIR})
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/package/NorvaneMXRK7SetupConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/NorvaneMXRK7SetupConfig.cmake INSTALL_DESTINATION ${NVX_CMAKE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/NorvaneMXRK7SetupConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/NorvaneMXRK7SetupConfig.cmake
+              ${PROJECT_BINARY_DIR}/NorvaneMXRK7SetupConfigVersion.cmake
+        DESTINATION ${NVX_CMAKE_DIR})
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/package/NorvaneMXRK7Setup.pc.in
+  ${PROJECT_BINARY_DIR}/NorvaneMXRK7Setup.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/NorvaneMXRK7Setup.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
