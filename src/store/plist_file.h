@@ -43,7 +43,8 @@ class PlistDict {
 
 // Reads a whole XML or binary property list whose root is a dictionary. nullopt when the file is
 // missing, unreadable, larger than kMaxPlistBytes, nested deeper than kMaxPlistDepth, not a
-// property list, or has another root type.
+// property list, or has another root type; also when a string or key holds a NUL byte, or a
+// binary file's shared references would expand beyond bounds (see plist_file.cpp).
 std::optional<PlistDict> readPlistDictionary(const std::string &path);
 
 // The same checks on bytes already in memory (used by the file reader and the fuzz target).

@@ -1,0 +1,351 @@
+// The auto-setup file: where it lives, how it is read, and the read-merge-write update.
+//
+// An update runs entirely under an advisory lock on "<file>.lock", so concurrent writers in any
+// number of processes lose no key. The file itself is only ever replaced by rename(), so a reader
+// (which takes no lock) sees either the old or the new file, never a half-written one.
+#include "store/auto_setup_file.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace nvx::store {
+
+namespace {
+
+constexpr std::string_view kFileName = "com.norvane.MXR-K7autosetup.plist";
+// Temporary files of an update: "." + file name + "." + six characters from mkstemp.
+constexpr std::string_view kTempPrefix = ".com.norvane.MXR-K7autosetup.plist.";
+constexpr size_t kTempSuffixLength = 6;
+
+constexpr auto kLockWait = std::chrono::seconds(10);
+constexpr auto kLockFirstPause = std::chrono::milliseconds(1);
+constexpr auto kLockLongestPause = std::chrono::milliseconds(25);
+
+// Symbolic links followed before giving up, as the kernel does (ELOOP).
+constexpr int kMaxSymlinkHops = 40;
+
+class Fd {
+ public:
+  explicit Fd(int fd = -1) : fd_(fd) {}
+  ~Fd() {
+    if (fd_ >= 0) ::close(fd_);
+  }
+  Fd(const Fd &) = delete;
+  Fd &operator=(const Fd &) = delete;
+  int get() const { return fd_; }
+  bool valid() const { return fd_ >= 0; }
+  // Closes now and reports whether the close succeeded (a write error can surface only here).
+  bool close() {
+    const int fd = fd_;
+    fd_ = -1;
+    return fd < 0 || ::close(fd) == 0;
+  }
+
+ private:
+  int fd_;
+};
+
+std::string parentOf(const std::string &path) {
+  const size_t slash = path.find_last_of('/');
+  if (slash == std::string::npos) return ".";
+  if (slash == 0) return "/";
+  return path.substr(0, slash);
+}
+
+bool writeAll(int fd, const char *data, size_t size) {
+  while (size > 0) {
+    const ssize_t done = ::write(fd, data, size);
+    if (done < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    data += done;
+    size -= static_cast<size_t>(done);
+  }
+  return true;
+}
+
+bool fsyncRetrying(int fd) {
+  while (::fsync(fd) != 0) {
+    if (errno != EINTR) return false;
+  }
+  return true;
+}
+
+void syncFolder(const std::string &folder) {
+  const Fd fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (fd.valid()) fsyncRetrying(fd.get());
+}
+
+// Creates the config folder with mode 0700 when it is missing. Missing parents are made as
+// `mkdir -p` makes them (0777 less the umask); only the config folder itself is private.
+void ensureConfigFolder(const std::string &folder) {
+  struct stat info {};
+  if (::stat(folder.c_str(), &info) == 0 || errno != ENOENT) return;
+  const std::string parent = parentOf(folder);
+  if (parent != folder && ::stat(parent.c_str(), &info) != 0 && errno == ENOENT) {
+    std::vector<std::string> missing;
+    for (std::string p = parent; p != "/" && p != "."; p = parentOf(p)) {
+      if (::stat(p.c_str(), &info) == 0 || errno != ENOENT) break;
+      missing.push_back(p);
+    }
+    for (auto it = missing.rbegin(); it != missing.rend(); ++it) ::mkdir(it->c_str(), 0777);
+  }
+  ::mkdir(folder.c_str(), 0700);
+}
+
+// Holds the advisory lock of one update. The lock file stays in place after the update: removing
+// it could let two writers lock two different files of the same name.
+class UpdateLock {
+ public:
+  explicit UpdateLock(const std::string &lockPath)
+      : fd_(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600)) {
+    if (!fd_.valid()) return;  // e.g. a read-only folder: go on unlocked, the write will tell
+    // Polled rather than blocking, so a writer that hangs while holding the lock delays the others
+    // by at most kLockWait; after that they go on without it.
+    const auto deadline = std::chrono::steady_clock::now() + kLockWait;
+    auto pause = std::chrono::duration_cast<std::chrono::microseconds>(kLockFirstPause);
+    for (;;) {
+      if (::flock(fd_.get(), LOCK_EX | LOCK_NB) == 0) {
+        held_ = true;
+        return;
+      }
+      if (errno != EWOULDBLOCK && errno != EINTR) return;
+      if (std::chrono::steady_clock::now() >= deadline) return;
+      std::this_thread::sleep_for(pause);
+      pause = std::min<std::chrono::microseconds>(pause * 2, kLockLongestPause);
+    }
+  }
+  bool held() const { return held_; }
+
+ private:
+  Fd fd_;
+  bool held_ = false;
+};
+
+// Follows symbolic links from `path` to the file they finally name, which need not exist yet.
+// nullopt on a loop or an unreadable link.
+std::optional<std::string> realFileOf(const std::string &path) {
+  std::string current = path;
+  for (int hop = 0; hop <= kMaxSymlinkHops; ++hop) {
+    struct stat info {};
+    if (::lstat(current.c_str(), &info) != 0) {
+      if (errno == ENOENT) return current;
+      return std::nullopt;
+    }
+    if (!S_ISLNK(info.st_mode)) return current;
+    std::vector<char> target(static_cast<size_t>(info.st_size > 0 ? info.st_size : 255) + 1);
+    ssize_t length;
+    for (;;) {
+      length = ::readlink(current.c_str(), target.data(), target.size());
+      if (length < 0) return std::nullopt;
+      if (static_cast<size_t>(length) < target.size()) break;
+      target.resize(target.size() * 2);
+    }
+    std::string next(target.data(), static_cast<size_t>(length));
+    current = next.starts_with('/') ? next : parentOf(current) + "/" + next;
+  }
+  return std::nullopt;
+}
+
+bool isTempName(std::string_view name) {
+  if (name.size() != kTempPrefix.size() + kTempSuffixLength || !name.starts_with(kTempPrefix)) return false;
+  for (char c : name.substr(kTempPrefix.size())) {
+    const bool alnum = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    if (!alnum) return false;
+  }
+  return true;
+}
+
+// Removes temporary files that writers killed mid-update left behind. Called only with the lock
+// held: every writer that holds or held the lock has finished, so any such file is dead. (A writer
+// that gave up waiting for the lock and went on unlocked may lose its update here; that writer
+// already runs without the guarantee.)
+void removeLeftoverTempFiles(const std::string &folder) {
+  DIR *dir = ::opendir(folder.c_str());
+  if (!dir) return;
+  const int dirFd = ::dirfd(dir);
+  while (const dirent *entry = ::readdir(dir)) {
+    if (!isTempName(entry->d_name)) continue;
+    struct stat info {};
+    if (::fstatat(dirFd, entry->d_name, &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(info.st_mode))
+      ::unlinkat(dirFd, entry->d_name, 0);
+  }
+  ::closedir(dir);
+}
+
+// A new temporary file next to the real file, named as removeLeftoverTempFiles expects.
+Fd makeTempFile(const std::string &folder, std::string &tempPath) {
+  std::string pattern = folder + "/" + std::string(kTempPrefix) + std::string(kTempSuffixLength, 'X');
+  const int fd = ::mkostemp(pattern.data(), O_CLOEXEC);
+  if (fd >= 0) tempPath = pattern;
+  return Fd(fd);
+}
+
+// Keeps the bytes of an unreadable file as "<file>.bak" before the update replaces it. Kept once:
+// an existing .bak is never overwritten, so the first unreadable version (most likely the one that
+// still holds the user's settings) survives later mishaps. A hard link keeps the bytes without
+// copying them; where the file system has none, a copy is made under a temporary name and linked
+// into place, so a .bak is never seen half-written.
+void keepBackupOnce(const std::string &realFile, const std::string &folder) {
+  const std::string backup = realFile + ".bak";
+  if (::link(realFile.c_str(), backup.c_str()) == 0 || errno == EEXIST) return;
+
+  const Fd source(::open(realFile.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+  if (!source.valid()) return;
+  std::string tempPath;
+  Fd copy = makeTempFile(folder, tempPath);
+  if (!copy.valid()) return;
+  bool ok = true;
+  char chunk[16384];
+  for (;;) {
+    const ssize_t got = ::read(source.get(), chunk, sizeof chunk);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) {
+      ok = got == 0;
+      break;
+    }
+    if (!writeAll(copy.get(), chunk, static_cast<size_t>(got))) {
+      ok = false;
+      break;
+    }
+  }
+  ok = ok && fsyncRetrying(copy.get());
+  ok = copy.close() && ok;
+  if (ok) ::link(tempPath.c_str(), backup.c_str());
+  ::unlink(tempPath.c_str());
+}
+
+struct XmlDeleter {
+  void operator()(char *xml) const { plist_to_xml_free(xml); }
+};
+
+void storeValue(std::string_view key, int32_t value) {
+  if (key.find('\0') != std::string_view::npos) return;
+  const std::string path = GetAutoSetupFilePath();
+  if (path.empty()) return;
+
+  ensureConfigFolder(parentOf(path));
+  const UpdateLock lock(path + ".lock");
+
+  // The update goes to the file the path finally names; symbolic links on the way stay as they are.
+  const auto realFile = realFileOf(path);
+  if (!realFile) return;
+  const std::string folder = parentOf(*realFile);
+  if (lock.held()) removeLeftoverTempFiles(folder);
+
+  struct stat existing {};
+  const bool exists = ::stat(realFile->c_str(), &existing) == 0;
+  if (!exists && errno != ENOENT) return;
+
+  std::optional<PlistDict> dict;
+  if (exists) {
+    // Something else in the file's place (a folder, a device) is left alone.
+    if (!S_ISREG(existing.st_mode)) return;
+    // A read-only file stays as it is: whoever made it so wants the settings kept.
+    if (::faccessat(AT_FDCWD, realFile->c_str(), W_OK, AT_EACCESS) != 0) return;
+    // A file that cannot even be opened for reading is never replaced: its bytes could not be kept.
+    if (::faccessat(AT_FDCWD, realFile->c_str(), R_OK, AT_EACCESS) != 0) return;
+    dict = readPlistDictionary(*realFile);
+    // Unreadable (not a property list, not a dictionary, over a cap): replaced by a file holding
+    // only the new key, after its bytes are kept. An empty file has no bytes worth keeping.
+    if (!dict && existing.st_size > 0) keepBackupOnce(*realFile, folder);
+  }
+  if (!dict) dict.emplace(plist_new_dict());
+
+  // libplist stores integers as 64 bits without sign; the two's complement of a negative value is
+  // written back as a negative number.
+  plist_dict_set_item(dict->raw(), std::string(key).c_str(),
+                      plist_new_uint(static_cast<uint64_t>(static_cast<int64_t>(value))));
+
+  char *rawXml = nullptr;
+  uint32_t xmlLength = 0;
+  plist_to_xml(dict->raw(), &rawXml, &xmlLength);
+  const std::unique_ptr<char, XmlDeleter> xml(rawXml);
+  // A file over the size cap would read as unreadable, and the next update would replace it: better
+  // to lose this one update than every setting. (Only foreign content can come near the cap.)
+  if (!xml || xmlLength > kMaxPlistBytes) return;
+
+  std::string tempPath;
+  Fd temp = makeTempFile(folder, tempPath);
+  if (!temp.valid()) return;
+  if (exists) {
+    ::fchmod(temp.get(), existing.st_mode & 07777);
+    // Keeps the owner too when a privileged caller updates another user's file. An unprivileged
+    // caller is refused, which is fine: the file then simply belongs to the one who wrote it.
+    if (existing.st_uid != ::geteuid() || existing.st_gid != ::getegid()) {
+      [[maybe_unused]] const int refused = ::fchown(temp.get(), existing.st_uid, existing.st_gid);
+    }
+  } else {
+    ::fchmod(temp.get(), 0600);
+  }
+  bool ok = writeAll(temp.get(), xml.get(), xmlLength) && fsyncRetrying(temp.get());
+  ok = temp.close() && ok;
+  if (!ok || ::rename(tempPath.c_str(), realFile->c_str()) != 0) {
+    ::unlink(tempPath.c_str());
+    return;
+  }
+  syncFolder(folder);
+}
+
+}  // namespace
+
+std::string GetAutoSetupFilePath() {
+  std::string home;
+  const char *xdg = std::getenv("XDG_CONFIG_HOME");
+  if (xdg && xdg[0] == '/') {
+    home = xdg;
+  } else {
+    const char *userHome = std::getenv("HOME");
+    if (userHome && userHome[0] != '\0') {
+      home = std::string(userHome) + "/.config";
+    } else {
+      long size = ::sysconf(_SC_GETPW_R_SIZE_MAX);
+      std::vector<char> buffer(static_cast<size_t>(size > 0 ? size : 16384));
+      passwd entry{};
+      passwd *found = nullptr;
+      while (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE &&
+             buffer.size() < (size_t{1} << 20))
+        buffer.resize(buffer.size() * 2);
+      if (!found || !found->pw_dir || found->pw_dir[0] == '\0') return {};
+      home = std::string(found->pw_dir) + "/.config";
+    }
+  }
+  while (home.size() > 1 && home.back() == '/') home.pop_back();
+  if (home == "/") home.clear();
+  return home + "/" + std::string(kFileName);
+}
+
+std::optional<PlistDict> LoadAutoSetupFile() {
+  try {
+    const std::string path = GetAutoSetupFilePath();
+    if (path.empty()) return std::nullopt;
+    return readPlistDictionary(path);
+  } catch (...) {
+    return std::nullopt;
+  }
+}
+
+void StoreAutoSetupValue(std::string_view key, int32_t value) {
+  try {
+    storeValue(key, value);
+  } catch (...) {
+    // The outcome of an update is never reported (an allocation failure included).
+  }
+}
+
+}  // namespace nvx::store
