@@ -10,6 +10,11 @@ cmake --preset dev
 cmake --build --preset dev -j "$jobs"
 ctest --preset dev
 
+# Optimised build: install, consumer and package checks.
+cmake --preset release
+cmake --build --preset release -j "$jobs"
+ctest --preset release -L release
+
 cmake --preset fuzz
 cmake --build --preset fuzz -j "$jobs"
 ctest --test-dir build/fuzz --output-on-failure

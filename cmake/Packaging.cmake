@@ -1,0 +1,15 @@
+# `cpack -G DEB` in a build folder makes the Debian package. It installs below /usr, puts the udev
+# rule in udev's own folder and reloads udev after installing.
+set(CPACK_PACKAGE_NAME "norvane-mxrk7-setup")
+set(CPACK_PACKAGE_VENDOR "Norvane")
+set(CPACK_PACKAGE_CONTACT "Norvane <support@norvane.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Settings library and setup tool of the MXR-K7 USB DJ mixer")
+set(CPACK_PACKAGE_DESCRIPTION "NorvaneMXRK7Setup reads and changes the configuration of MXR-K7 mixers over USB, remembers every setting per user and re-applies it when a mixer is plugged in. Includes the mxrk7 command-line tool.")
+set(CPACK_PACKAGING_INSTALL_PREFIX "/usr")
+set(CPACK_GENERATOR "DEB")
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION "sound")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/package/postinst;${PROJECT_SOURCE_DIR}/cmake/package/postrm")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+include(CPack)

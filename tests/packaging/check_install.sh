@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# Installs the build into a temporary prefix and checks what a user and a developer get there: the
+# library with its SONAME links, the header, pkg-config and CMake packages (a C program is built and
+# run through each), the bundle data, the udev rule's text and the user unit.
+#   check_install.sh BUILD_DIR VERSION VID PID
+set -euo pipefail
+build=$1 version=$2 vid=$3 pid=$4
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+prefix=$work/prefix
+here=$(cd "$(dirname "$0")" && pwd)
+
+cmake --install "$build" --prefix "$prefix" >/dev/null
+export MXRK7_VIRTUAL_MIXERS=$work/none.json XDG_CONFIG_HOME=$work/config
+echo '{"mixers": []}' >"$MXRK7_VIRTUAL_MIXERS"
+unset DBUS_SESSION_BUS_ADDRESS XDG_RUNTIME_DIR MXRK7_SYSROOT
+
+fail() { echo "FAIL: $*"; exit 1; }
+major=${version%%.*}
+[ -L "$prefix/lib/libNorvaneMXRK7Setup.so" ] || fail "no development symlink"
+[ "$(readlink "$prefix/lib/libNorvaneMXRK7Setup.so.$major")" = "libNorvaneMXRK7Setup.so.$version" ] || fail "SONAME link"
+[ -f "$prefix/include/NorvaneMXRK7Setup.h" ] || fail "header"
+[ -f "$prefix/share/mxrk7/System/Library/Frameworks/NorvaneMXRK7Setup.framework/Versions/A/Resources/info.plist" ] || fail "bundle"
+[ -x "$prefix/bin/mxrk7" ] || fail "tool"
+
+# pkg-config
+PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+export PKG_CONFIG_PATH
+[ "$(pkg-config --modversion NorvaneMXRK7Setup)" = "$version" ] || fail "pkg-config version"
+# shellcheck disable=SC2046
+cc -std=c99 -Wall -Werror "$here/consumer/consumer.c" -o "$work/consumer-pc" $(pkg-config --cflags --libs NorvaneMXRK7Setup) \
+  -Wl,-rpath,"$prefix/lib"
+"$work/consumer-pc" "$version"
+
+# find_package
+cmake -S "$here/consumer" -B "$work/consumer-build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$work/consumer-build" >/dev/null
+"$work/consumer-build/consumer" "$version"
+
+# udev rule, from the build's USB numbers
+rule=$(grep -v '^#' "$prefix/lib/udev/rules.d/70-mxrk7.rules")
+expected="SUBSYSTEM==\"usb\", ATTR{idVendor}==\"$vid\", ATTR{idProduct}==\"$pid\", TAG+=\"uaccess\", TAG+=\"systemd\", ENV{SYSTEMD_USER_WANTS}+=\"mxrk7-apply.service\""
+[ "$rule" = "$expected" ] || fail "udev rule is: $rule"
+[ "$("$prefix/bin/mxrk7" udev-rule | grep -v '^#')" = "$expected" ] || fail "mxrk7 udev-rule prints another rule"
+
+# user unit: names the installed tool and passes systemd's own check
+unit=$prefix/lib/systemd/user/mxrk7-apply.service
+grep -qx "ExecStart=$prefix/bin/mxrk7 apply --wait" "$unit" || fail "unit ExecStart"
+systemd-analyze verify --man=no "$unit"
+
+echo "install check: 1 passed, 0 failed"
