@@ -11,6 +11,7 @@ import sys
 def exported_names(header_text):
     text = re.sub(r"/\*.*?\*/", " ", header_text, flags=re.S)
     text = re.sub(r"//[^\n]*", " ", text)
+    text = re.sub(r"^\s*#.*$", " ", text, flags=re.M)  # preprocessor lines define NVX_API itself
     names = []
     for decl in re.findall(r"\bNVX_API\b([^;]*);", text):
         decl = " ".join(decl.split())

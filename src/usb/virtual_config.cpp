@@ -60,8 +60,9 @@ VirtualMixerConfig mixerOf(const json &object) {
   if (auto it = object.find("open"); it != object.end()) {
     if (!it->is_string()) throw Invalid{};
     const auto &mode = it->get_ref<const std::string &>();
-    if (mode != "ok" && mode != "busy") throw Invalid{};
-    mixer.busy = mode == "busy";
+    if (mode == "busy") mixer.openResult = kIOReturnExclusiveAccess;  // another program holds it
+    else if (mode == "denied") mixer.openResult = kIOReturnNotPrivileged;  // no access to the node
+    else if (mode != "ok") throw Invalid{};
   }
   if (auto it = object.find("fail"); it != object.end()) {
     if (!it->is_array()) throw Invalid{};

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "usb/io_return.h"
+
 namespace nvx::usb {
 
 struct VirtualMixerConfig {
@@ -19,7 +21,7 @@ struct VirtualMixerConfig {
   std::array<uint8_t, 4> inputSelectors{4, 4, 4, 4};  // second answer byte for wValue 1..4 of 0x8002
   uint8_t serato = 0;                              // first answer byte of 0x8004
   std::vector<uint8_t> beatfx{0, 0};               // answer of 0x8005
-  bool busy = false;                               // "open": "busy"
+  IOReturn openResult = kIOReturnSuccess;          // "open": "ok", "busy" or "denied"
   std::set<uint16_t> fail;                         // wIndex values whose requests fail
   std::map<uint16_t, uint32_t> shortReads;         // wIndex -> most bytes a read moves
 };

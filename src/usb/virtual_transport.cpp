@@ -44,9 +44,9 @@ class VirtualDevice final : public Device {
   ~VirtualDevice() override { VirtualDevice::close(); }
 
   IOReturn open() override {
-    if (mixer_.busy) {
+    if (mixer_.openResult != kIOReturnSuccess) {
       log(" open failed");
-      return kIOReturnExclusiveAccess;
+      return mixer_.openResult;
     }
     open_ = true;
     log(" open");

@@ -132,12 +132,16 @@ TEST_F(UsbProtocolTest, OpeningFollowsTheHandleRules) {
   EXPECT_EQ(bus.log(), (std::vector<std::string>{"1 open", "1 close"}));
 }
 
-TEST_F(UsbProtocolTest, ABusyMixerFailsToOpenWithItsOwnCode) {
-  VirtualMixer busy;
-  busy.open = "busy";
-  bus.setMixers({busy});
-  USBDeviceHandle handle;
-  EXPECT_EQ(open_pipes(&handle, 0), kIOReturnExclusiveAccess);
+TEST_F(UsbProtocolTest, AMixerThatCannotBeOpenedFailsWithItsOwnCode) {
+  for (const auto &[mode, code] : {std::pair{"busy", kIOReturnExclusiveAccess}, std::pair{"denied", kIOReturnNotPrivileged}}) {
+    VirtualMixer mixer;
+    mixer.open = mode;
+    bus.setMixers({mixer});
+    bus.clearLog();
+    USBDeviceHandle handle;
+    EXPECT_EQ(open_pipes(&handle, 0), code) << mode;
+    EXPECT_EQ(bus.log(), std::vector<std::string>{"0 open failed"});
+  }
   EXPECT_STREQ(describeIOReturn(kIOReturnExclusiveAccess), "busy: held by another program");
 }
 

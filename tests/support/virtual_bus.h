@@ -16,7 +16,7 @@ struct VirtualMixer {
   std::array<int, 4> selectors{4, 4, 4, 4};
   int serato = 0;
   std::vector<int> beatfx{0, 0};
-  std::string open = "ok";               // "ok" or "busy"
+  std::string open = "ok";               // "ok", "busy" or "denied"
   std::vector<std::string> fail;         // wIndex values as "0x8002"
   std::map<std::string, int> shortReads;  // wIndex -> most bytes a read moves
 };

@@ -1,0 +1,34 @@
+// The tool's exit codes and the one way a verb reports a failure.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <stdexcept>
+#include <string>
+
+namespace mxrk7 {
+
+enum class Exit : int {
+  Ok = 0,        // done (also: stored only because no mixer is connected; a routing warning)
+  Usage = 1,     // bad command line: unknown verb, setting or value; wrong number of words
+  Refused = 2,   // the library refused the request (NVX_ERROR)
+  NoMixer = 3,   // no mixer connected where the verb needs one
+  NoAccess = 4,  // mixers are connected, but every one is busy or denied
+  Failure = 5,   // anything else
+};
+
+// Thrown by a verb that cannot do its work; main() prints it and exits with its code.
+class Failure : public std::runtime_error {
+ public:
+  Failure(Exit code, const std::string &message, nlohmann::json details = nlohmann::json::object())
+      : std::runtime_error(message), code_(code), details_(std::move(details)) {}
+  Exit code() const { return code_; }
+  // Machine-readable particulars for --json (for instance the allowed values).
+  const nlohmann::json &details() const { return details_; }
+
+ private:
+  Exit code_;
+  nlohmann::json details_;
+};
+
+}  // namespace mxrk7

@@ -1,0 +1,73 @@
+// The one table of the settings the tool offers: their names, how they are addressed (channel,
+// bank, position, item), what values they take, and how each is read, set and re-applied through
+// the library. Every verb that deals with settings (show, list, get, set, routing, apply, watch)
+// works from this table alone.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "domain.h"
+#include "support/stored_settings.h"
+
+namespace mxrk7 {
+
+using Args = std::vector<uint32_t>;    // the library's numbers of a setting's parameters
+using Values = std::vector<uint32_t>;  // the library's numbers of a setting's value fields
+
+// One addressing parameter: "channel", "bank", "position" or "item".
+struct Param {
+  std::string name;
+  Domain domain;
+};
+
+// One part of a setting's value. The domain may depend on one parameter (the routing menu on the
+// channel, the beat FX range on the item); it is then called with that parameter filled in.
+struct Field {
+  std::string name;
+  std::function<Domain(const Args &)> domain;
+  std::optional<size_t> dependsOn;
+};
+
+struct WriteResult {
+  int32_t result;                      // the library's result code
+  std::optional<std::string> warning;  // the library's warning text when it warned
+};
+
+struct Setting {
+  std::string name;
+  std::string summary;
+  std::vector<Param> params;
+  std::vector<Field> fields;
+
+  // The integer in the settings file that holds this instance, or nullopt when the file holds none.
+  std::function<std::optional<int32_t>(const Args &, const nvx::support::StoredSettings &)> stored;
+  // The value as the library reports it (stored or its own default); nullopt when it reports none.
+  std::function<std::optional<Values>(const Args &, const nvx::support::StoredSettings &)> read;
+  // Sets through the library (send to every mixer and store); empty for a read-only setting.
+  std::function<WriteResult(const Args &, const Values &)> write;
+  // Why this instance cannot be set although the setting can, or nullopt.
+  std::function<std::optional<std::string>(const Args &)> refuseSet;
+  // Re-sends the stored value of one instance without storing it again, where the library has
+  // such a function; apply uses the setter with the stored value otherwise.
+  std::function<int32_t(const Args &)> replay;
+  // Re-sends the stored values of every instance in one call; apply uses it only when the file
+  // holds all of them, since the library sends a default for any it lacks.
+  std::function<int32_t()> replayAll;
+
+  bool readOnly() const { return !write; }
+};
+
+const std::vector<Setting> &settingTable();
+
+// Looked up without regard to case; null when there is no such setting.
+const Setting *findSetting(std::string_view name);
+
+// "routing, boost, ...", for messages.
+std::string settingNames();
+
+}  // namespace mxrk7

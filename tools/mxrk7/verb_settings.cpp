@@ -1,0 +1,234 @@
+// show, list, get, set and routing: the remembered settings, read and changed through the library.
+#include <NorvaneMXRK7Setup.h>
+#include <fmt/format.h>
+
+#include <memory>
+
+#include "mixer_report.h"
+#include "setting_values.h"
+#include "support/mixer_probe.h"
+#include "support/stored_settings.h"
+#include "verbs.h"
+
+namespace mxrk7 {
+
+namespace {
+
+using nvx::support::StoredSettings;
+
+// The command-line words after a verb.
+struct Words {
+  std::vector<std::string> list;
+};
+
+Failure wrongCount(const Setting &setting, const std::string &verb, bool withValues) {
+  return Failure(Exit::Usage, fmt::format("usage: mxrk7 {} {}", verb, usageOf(setting, withValues)),
+                 {{"setting", setting.name}, {"usage", usageOf(setting, withValues)}});
+}
+
+// Entries of the settings table, read now: all of them, or those a setting and its leading
+// parameters name.
+nlohmann::json entriesJson(const std::vector<const Setting *> &settings, const Args &prefix) {
+  const auto file = StoredSettings::read();
+  nlohmann::json entries = nlohmann::json::array();
+  for (const auto *setting : settings)
+    for (const auto &args : instances(*setting, prefix)) entries.push_back(entryJson(evaluate(*setting, args, file)));
+  return {{"file", fileJson(file)}, {"settings", entries}};
+}
+
+std::string entriesText(const nlohmann::json &doc) {
+  std::string text = fileText(doc.at("file")) + "\n";
+  for (const auto &entry : doc.at("settings")) text += entryLine(entry) + "\n";
+  return text;
+}
+
+Exit show(Context &context) {
+  std::vector<const Setting *> settings;
+  for (const auto &setting : settingTable()) settings.push_back(&setting);
+  context.out.result(entriesJson(settings, {}), entriesText);
+  return Exit::Ok;
+}
+
+Exit get(Context &context, const Words &words) {
+  const Setting &setting = settingNamed(words.list.at(0));
+  const std::vector<std::string> rest(words.list.begin() + 1, words.list.end());
+  if (rest.size() > setting.params.size()) throw wrongCount(setting, "get", false);
+  context.out.result(entriesJson({&setting}, parseArgs(setting, rest)), entriesText);
+  return Exit::Ok;
+}
+
+Exit routing(Context &context) {
+  context.out.result(entriesJson({&settingNamed("routing")}, {}), entriesText);
+  return Exit::Ok;
+}
+
+// --- list ---------------------------------------------------------------------------------------
+
+nlohmann::json listJson(const Setting &setting, const Args &prefix) {
+  nlohmann::json params = nlohmann::json::array();
+  for (const auto &param : setting.params) params.push_back({{"name", param.name}, {"domain", param.domain.toJson()}});
+  nlohmann::json fields = nlohmann::json::array();
+  for (const auto &field : setting.fields) {
+    nlohmann::json domains = nlohmann::json::array();
+    if (!field.dependsOn) {
+      domains.push_back({{"for", nullptr}, {"domain", field.domain({}).toJson()}});
+    } else {
+      // One domain per value of the parameter it depends on (within what the words named).
+      const size_t depends = *field.dependsOn;
+      std::vector<uint32_t> members = setting.params[depends].domain.members();
+      if (prefix.size() > depends) members = {prefix[depends]};
+      for (const uint32_t member : members) {
+        Args args(depends + 1, 0);
+        args[depends] = member;
+        nlohmann::json which = argsJson(setting, args);
+        domains.push_back({{"for", {{setting.params[depends].name, which.at(setting.params[depends].name)}}},
+                           {"domain", field.domain(args).toJson()}});
+      }
+    }
+    fields.push_back({{"name", field.name}, {"domains", domains}});
+  }
+  return {{"setting", setting.name},       {"summary", setting.summary}, {"usage", usageOf(setting, true)},
+          {"read_only", setting.readOnly()}, {"params", params},        {"fields", fields}};
+}
+
+std::string domainText(const nlohmann::json &domain) {
+  std::string text;
+  const auto &range = domain.at("indices");
+  for (const auto &choice : domain.at("choices")) {
+    std::string aliases;
+    for (const auto &alias : choice.at("aliases")) aliases += ", " + alias.get<std::string>();
+    // The index column only where indices are accepted as words.
+    const std::string index = range.is_object() ? fmt::format("{:>3}  ", choice.at("index").get<uint32_t>()) : "";
+    text += fmt::format("    {}{}{}\n", index, choice.at("text").get<std::string>(),
+                        aliases.empty() ? "" : " (also " + aliases.substr(2) + ")");
+  }
+  if (domain.at("choices").empty() && range.is_object())
+    text += fmt::format("    a number {}-{}\n", range.at("first").get<uint32_t>(), range.at("last").get<uint32_t>());
+  return text;
+}
+
+std::string listText(const nlohmann::json &doc) {
+  std::string text = fmt::format("{}{}\n  {}\n", doc.at("usage").get<std::string>(),
+                                 doc.at("read_only").get<bool>() ? "  (read-only)" : "",
+                                 doc.at("summary").get<std::string>());
+  for (const auto &param : doc.at("params"))
+    text += fmt::format("{}:\n{}", placeholder(param.at("name").get<std::string>()), domainText(param.at("domain")));
+  for (const auto &field : doc.at("fields")) {
+    for (const auto &domain : field.at("domains")) {
+      std::string which;
+      if (domain.at("for").is_object())
+        for (const auto &[name, value] : domain.at("for").items())
+          which = fmt::format(" for {} {}", placeholder(name), value.is_string() ? value.get<std::string>() : value.dump());
+      text += fmt::format("{}{}:\n{}", placeholder(field.at("name").get<std::string>()), which,
+                          domainText(domain.at("domain")));
+    }
+  }
+  return text;
+}
+
+Exit list(Context &context, const Words &words) {
+  if (words.list.empty()) {
+    // No setting named: every setting with its usage.
+    nlohmann::json settings = nlohmann::json::array();
+    for (const auto &setting : settingTable())
+      settings.push_back({{"setting", setting.name}, {"usage", usageOf(setting, true)}, {"summary", setting.summary},
+                          {"read_only", setting.readOnly()}});
+    context.out.result({{"settings", settings}}, [](const nlohmann::json &d) {
+      std::string text;
+      for (const auto &s : d.at("settings"))
+        text += fmt::format("{:<46} {}{}\n", s.at("usage").get<std::string>(), s.at("summary").get<std::string>(),
+                            s.at("read_only").get<bool>() ? " (read-only)" : "");
+      return text;
+    });
+    return Exit::Ok;
+  }
+  const Setting &setting = settingNamed(words.list.at(0));
+  const std::vector<std::string> rest(words.list.begin() + 1, words.list.end());
+  if (rest.size() > setting.params.size()) throw wrongCount(setting, "list", false);
+  context.out.result(listJson(setting, parseArgs(setting, rest)), listText);
+  return Exit::Ok;
+}
+
+// --- set ----------------------------------------------------------------------------------------
+
+std::string setText(const nlohmann::json &doc) {
+  const auto &mixers = doc.at("mixers");
+  const auto found = mixers.at("found").get<size_t>();
+  const auto accessible = mixers.at("accessible").get<size_t>();
+  std::string where;
+  if (found == 0) where = "stored; no mixer is connected (it is sent when one is: mxrk7 apply)";
+  else if (accessible == 0) where = "stored, but not sent: no mixer could be opened (see mxrk7 devices)";
+  else if (accessible < found) where = fmt::format("sent to {} of {} mixers and stored (see mxrk7 devices)", accessible, found);
+  else where = fmt::format("sent to {} mixer{} and stored", found, found == 1 ? "" : "s");
+  std::string text = fmt::format("{} = {}: {}.\n", targetText(doc), valueText(doc.at("fields")), where);
+  if (doc.at("warning").is_string()) text += fmt::format("Warning: {}\n", doc.at("warning").get<std::string>());
+  return text;
+}
+
+Exit set(Context &context, const Words &words) {
+  const Setting &setting = settingNamed(words.list.at(0));
+  if (setting.readOnly())
+    throw Failure(Exit::Usage, fmt::format("{} is read-only: {}", setting.name, setting.summary), {{"setting", setting.name}});
+  const std::vector<std::string> rest(words.list.begin() + 1, words.list.end());
+  if (rest.size() != setting.params.size() + setting.fields.size()) throw wrongCount(setting, "set", true);
+  const std::vector<std::string> argWords(rest.begin(), rest.begin() + static_cast<ptrdiff_t>(setting.params.size()));
+  const std::vector<std::string> valueWords(rest.begin() + static_cast<ptrdiff_t>(setting.params.size()), rest.end());
+  const Args args = parseArgs(setting, argWords);
+  if (setting.refuseSet)
+    if (const auto why = setting.refuseSet(args)) throw Failure(Exit::Usage, *why, {{"setting", setting.name}});
+  const Values values = parseValues(setting, args, valueWords);
+
+  const auto bus = nvx::support::probeMixers(nvx::support::Probe::AccessOnly);
+  const WriteResult written = setting.write(args, values);
+  if (written.result != NVX_OK && written.result != NVX_WARNING)
+    throw Failure(Exit::Refused,
+                  fmt::format("the library refused to set {} to {}", targetText({{"setting", setting.name},
+                                                                                 {"args", argsJson(setting, args)}}),
+                              valueText(fieldsJson(setting, args, values))),
+                  {{"setting", setting.name}, {"result", written.result}});
+  const nlohmann::json doc = {{"setting", setting.name},
+                              {"args", argsJson(setting, args)},
+                              {"fields", fieldsJson(setting, args, values)},
+                              {"result", written.result == NVX_WARNING ? "warning" : "ok"},
+                              {"warning", written.warning ? nlohmann::json(*written.warning) : nlohmann::json(nullptr)},
+                              {"mixers", mixerCountsJson(bus)}};
+  context.out.result(doc, setText);
+  // Stored either way; but a mixer that is there and could not be reached did not get it.
+  return accessOutcome(bus) == Exit::NoAccess ? Exit::NoAccess : Exit::Ok;
+}
+
+// Registers a verb that takes the words after it.
+void addWordVerb(VerbRegistry &verbs, const std::string &name, const std::string &description,
+                 const std::vector<std::string> &examples, const std::string &wordsHelp, bool required,
+                 Exit (*run)(Context &, const Words &)) {
+  auto words = std::make_shared<Words>();
+  CLI::App *verb = verbs.add(name, description, examples, [words, run](Context &context) { return run(context, *words); });
+  auto *option = verb->add_option("words", words->list, wordsHelp);
+  if (required) option->required();
+}
+
+}  // namespace
+
+void addSettingVerbs(VerbRegistry &verbs) {
+  verbs.add("show",
+            "Every remembered setting with its value, and where it comes from: the settings file, the "
+            "library's default, or not set.",
+            {"mxrk7 show", "mxrk7 --virtual show", "mxrk7 show --json"}, show);
+  addWordVerb(verbs, "list", "The settings, or the values one setting takes (its menu texts, or its range).",
+              {"mxrk7 list", "mxrk7 list boost", "mxrk7 list routing 1", "mxrk7 list beat-fx"},
+              "SETTING [ARGS]: a setting name and, optionally, its leading arguments", false, list);
+  addWordVerb(verbs, "get", "The current value of a setting (of every instance its leading arguments name).",
+              {"mxrk7 get pad-mode", "mxrk7 get fx-filter B", "mxrk7 get beat-fx temporary 3",
+               "mxrk7 get routing --json"},
+              "SETTING [ARGS]", true, get);
+  addWordVerb(verbs, "set",
+              "Set a setting on every mixer and remember it. Values are menu texts (any case, blanks "
+              "ignored) or indices (decimal or 0x hex).",
+              {"mxrk7 set pad-mode 2", "mxrk7 set fx-filter B PITCH 0x40", "mxrk7 set beat-fx temporary 3 depth 200",
+               "mxrk7 set routing 1 \"Cross Fader A\"", "mxrk7 set boost -10dB", "mxrk7 set channel-fader A \"fader roll\""},
+              "SETTING ARGS VALUE: see mxrk7 list SETTING", true, set);
+  verbs.add("routing", "The source of each of the five USB audio channels.",
+            {"mxrk7 routing", "mxrk7 set routing 1 \"Cross Fader A\"", "mxrk7 list routing 1"}, routing);
+}
+
+}  // namespace mxrk7
