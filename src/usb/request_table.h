@@ -33,7 +33,7 @@ enum class Request : uint8_t {
 
 enum class Direction : uint8_t { Read, Write };
 
-struct RequestSpec {
+struct RequestRow {
   std::string_view name;
   Direction direction;
   uint16_t wIndex;
@@ -45,7 +45,7 @@ inline constexpr uint8_t kWriteRequestType = 0x40;
 inline constexpr uint8_t kWriteRequest = 3;
 
 // In the order of the Request enumeration.
-inline constexpr std::array<RequestSpec, 17> kRequestTable = {{
+inline constexpr std::array<RequestRow, 17> kRequestTable = {{
     {"GetFirmwareVersionNumber", Direction::Read, 0x8001},
     {"GetInputSelectorInfo", Direction::Read, 0x8002},
     {"GetSeratoActiveInfo", Direction::Read, 0x8004},
@@ -66,10 +66,10 @@ inline constexpr std::array<RequestSpec, 17> kRequestTable = {{
 }};
 static_assert(kRequestTable.size() == static_cast<size_t>(Request::Count));
 
-constexpr const RequestSpec &spec(Request request) { return kRequestTable[static_cast<size_t>(request)]; }
+constexpr const RequestRow &requestRow(Request request) { return kRequestTable[static_cast<size_t>(request)]; }
 
-static_assert(spec(Request::SetCROSSFADERFADESetting).name == "SetCROSSFADERFADESetting",
+static_assert(requestRow(Request::SetCROSSFADERFADESetting).name == "SetCROSSFADERFADESetting",
               "the table follows the enumeration's order");
-static_assert(spec(Request::GetInputSelectorInfo).name == "GetInputSelectorInfo");
+static_assert(requestRow(Request::GetInputSelectorInfo).name == "GetInputSelectorInfo");
 
 }  // namespace nvx::usb

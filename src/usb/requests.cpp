@@ -16,11 +16,11 @@ IOReturn sendWrite(Device *deviceRef, Request request, uint16_t value) {
   // A data pointer is passed as the protocol always did; with wLength 0 nothing is transferred.
   uint16_t unused = 0;
   uint16_t length = 0;
-  return DeviceRequest(deviceRef, kWriteRequestType, kWriteRequest, value, spec(request).wIndex, &unused, &length);
+  return DeviceRequest(deviceRef, kWriteRequestType, kWriteRequest, value, requestRow(request).wIndex, &unused, &length);
 }
 
 IOReturn sendRead(Device *deviceRef, Request request, uint8_t *buffer, uint16_t length) {
-  return DeviceRequest(deviceRef, kReadRequestType, kReadRequest, 0, spec(request).wIndex, buffer, &length);
+  return DeviceRequest(deviceRef, kReadRequestType, kReadRequest, 0, requestRow(request).wIndex, buffer, &length);
 }
 
 IOReturn GetInputSelectorInfo(Device *deviceRef, uint8_t *buffer, uint32_t /*size*/) {
@@ -29,7 +29,7 @@ IOReturn GetInputSelectorInfo(Device *deviceRef, uint8_t *buffer, uint32_t /*siz
   IOReturn result = kIOReturnSuccess;
   for (uint16_t selector = 1; selector <= 4; ++selector) {
     result = DeviceRequest(deviceRef, kReadRequestType, kReadRequest, selector,
-                           spec(Request::GetInputSelectorInfo).wIndex, answer, &length);
+                           requestRow(Request::GetInputSelectorInfo).wIndex, answer, &length);
     buffer[selector] = answer[1];
   }
   return result;

@@ -22,13 +22,13 @@ IOReturn sendRead(Device *deviceRef, Request request, uint8_t *buffer, uint16_t 
 
 template <Request R>
 IOReturn writeRequest(Device *deviceRef, uint16_t value) {
-  static_assert(spec(R).direction == Direction::Write);
+  static_assert(requestRow(R).direction == Direction::Write);
   return sendWrite(deviceRef, R, value);
 }
 
 template <Request R>
 IOReturn readRequest(Device *deviceRef, uint8_t *buffer, uint16_t length) {
-  static_assert(spec(R).direction == Direction::Read);
+  static_assert(requestRow(R).direction == Direction::Read);
   return sendRead(deviceRef, R, buffer, length);
 }
 
