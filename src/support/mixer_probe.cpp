@@ -1,7 +1,12 @@
 #include "support/mixer_probe.h"
 
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
+#include <sstream>
 
 #include "usb/mixer_identity.h"
 #include "usb/request_table.h"
@@ -35,7 +40,7 @@ std::optional<std::array<uint8_t, 2>> readTwo(usb::Device &device, usb::Request 
   std::array<uint8_t, 2> answer{};
   uint16_t length = 2;
   const IOReturn result = usb::DeviceRequest(&device, usb::kReadRequestType, usb::kReadRequest, wValue,
-                                             usb::spec(request).wIndex, answer.data(), &length);
+                                             usb::requestRow(request).wIndex, answer.data(), &length);
   if (result != usb::kIOReturnSuccess || length < want) return std::nullopt;
   return answer;
 }
@@ -49,6 +54,13 @@ void readStatus(usb::Device &device, MixerStatus &mixer) {
       mixer.inputSelectors[selector - 1u] = (*answer)[1];
   }
   if (const auto answer = readTwo(device, usb::Request::GetSeratoActiveInfo, 0, 1)) mixer.serato = (*answer)[0];
+}
+
+std::string commandName(int pid) {
+  std::ifstream comm("/proc/" + std::to_string(pid) + "/comm");
+  std::string name;
+  std::getline(comm, name);
+  return name;
 }
 
 bool isDecimalDigits(uint8_t byte) { return (byte >> 4) <= 9 && (byte & 0xF) <= 9; }
@@ -69,6 +81,28 @@ const char *accessName(Access access) {
       break;
   }
   return "failed";
+}
+
+std::optional<LockHolder> findLockHolder(const std::string &path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return std::nullopt;
+  // Lines such as "1: FLOCK  ADVISORY  WRITE 4711 00:05:1056 0 EOF"; a waiting request has "->"
+  // after the number and holds nothing.
+  std::ifstream locks("/proc/locks");
+  std::string line;
+  while (std::getline(locks, line)) {
+    std::istringstream fields(line);
+    std::string number, kind, mode, access, device;
+    long pid = 0;
+    if (!(fields >> number >> kind) || kind != "FLOCK") continue;
+    if (!(fields >> mode >> access >> pid >> device) || pid <= 0) continue;
+    unsigned major = 0, minor = 0;
+    unsigned long long inode = 0;
+    if (std::sscanf(device.c_str(), "%x:%x:%llu", &major, &minor, &inode) != 3) continue;
+    if (major != ::major(info.st_dev) || minor != ::minor(info.st_dev) || inode != info.st_ino) continue;
+    return LockHolder{static_cast<int>(pid), commandName(static_cast<int>(pid))};
+  }
+  return std::nullopt;
 }
 
 UsbId mixerUsbId() {
@@ -105,6 +139,7 @@ BusReport probeMixers(Probe depth) {
     mixer.openCode = device ? device->open() : usb::kIOReturnNoDevice;
     mixer.access = classify(mixer.openCode);
     if (mixer.access != Access::Ok) mixer.openError = usb::describeIOReturn(mixer.openCode);
+    if (mixer.access == Access::Busy && !mixer.node.empty()) mixer.holder = findLockHolder(mixer.node);
     if (device && mixer.access == Access::Ok) {
       if (depth == Probe::WithStatus) readStatus(*device, mixer);
       device->close();

@@ -21,6 +21,17 @@ enum class Access : uint8_t {
 
 const char *accessName(Access access);  // "ok", "busy", "permission denied", "gone", "failed"
 
+// A process that holds a file's advisory lock (another program using the library holds the mixer's
+// device node so).
+struct LockHolder {
+  int pid = 0;
+  std::string program;  // its command name; empty when it cannot be read
+};
+
+// The process holding an flock() on the file at `path`, as the kernel lists it in /proc/locks;
+// nullopt when none is listed or the file cannot be examined.
+std::optional<LockHolder> findLockHolder(const std::string &path);
+
 struct MixerStatus {
   uint32_t number = 0;  // device number: position among the mixers in bus order, as the library counts
   uint8_t bus = 0;
@@ -29,6 +40,7 @@ struct MixerStatus {
   Access access = Access::Failed;
   int32_t openCode = 0;    // the USB layer's code of the open (0 on success)
   std::string openError;   // its description; empty on success
+  std::optional<LockHolder> holder;  // for a busy mixer with a device node: who holds it, if known
 
   // Live status, read only when asked for and only from a mixer that opened. A request that fails
   // or moves too few bytes leaves its value empty (never a stale or preset value).

@@ -11,4 +11,13 @@ namespace nvx::support {
 // $XDG_RUNTIME_DIR/bus), or nullopt when there is none.
 std::optional<std::string> sessionBusAddress();
 
+struct SessionBusState {
+  std::optional<std::string> address;  // as sessionBusAddress()
+  bool answers = false;                // a connection was made and greeted within the bound
+};
+
+// Connects to the session bus the way the library does and waits at most one second (the
+// library's own bound) for the bus to accept the connection. Never starts a bus.
+SessionBusState probeSessionBus();
+
 }  // namespace nvx::support

@@ -1,12 +1,57 @@
 #include "support/stored_settings.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <set>
 
 #include "store/auto_setup_file.h"
 
 namespace nvx::support {
+
+namespace {
+
+std::string parentOf(const std::string &path) {
+  const size_t slash = path.find_last_of('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+bool writableByMe(const std::string &path) { return ::faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0; }
+
+// The file a path finally names, symbolic links followed; the path itself when it cannot be told.
+std::string realFileOf(const std::string &path) {
+  struct Free {
+    void operator()(char *p) const { std::free(p); }
+  };
+  const std::unique_ptr<char, Free> resolved(::realpath(path.c_str(), nullptr));
+  return resolved ? std::string(resolved.get()) : path;
+}
+
+std::set<std::string, std::less<>> libraryKeys() {
+  namespace keys = nvx::keys;
+  std::set<std::string, std::less<>> all;
+  for (int channel = 0; channel <= 4; ++channel) all.insert(keys::makeKey(keys::kOutputTemplate, channel));
+  all.emplace(keys::kMaxLevel);
+  all.emplace(keys::kPopUp);
+  for (const auto key : keys::kFilterKeys) all.emplace(key);
+  for (const auto &bank : keys::kBeatFxTemplates)
+    for (const auto keyTemplate : bank)
+      for (int item = 0; item <= 2; ++item) all.insert(keys::makeKey(keyTemplate, item));
+  for (const auto key : keys::kChannelFaderKeys) all.emplace(key);
+  for (const auto key : keys::kTailKeys) all.emplace(key);
+  for (const auto key : {keys::kCrossfaderCutLag, keys::kLoopButtonType, keys::kFaderStart, keys::kPadMode,
+                         keys::kCutLagMode})
+    all.emplace(key);
+  return all;
+}
+
+}  // namespace
 
 StoredSettings StoredSettings::read() {
   std::string path = store::GetAutoSetupFilePath();
@@ -25,6 +70,50 @@ std::optional<int32_t> StoredSettings::integer(std::string_view key) const {
 
 bool StoredSettings::contains(std::string_view key) const { return dict_ && dict_->contains(key); }
 
+std::vector<std::string> StoredSettings::keys() const {
+  std::vector<std::string> all;
+  if (!dict_) return all;
+  plist_dict_iter iter = nullptr;
+  plist_dict_new_iter(dict_->raw(), &iter);
+  if (!iter) return all;
+  for (;;) {
+    char *key = nullptr;
+    plist_t value = nullptr;
+    plist_dict_next_item(dict_->raw(), iter, &key, &value);
+    if (!key) break;
+    all.emplace_back(key);
+    std::free(key);
+  }
+  std::free(iter);
+  return all;
+}
+
+std::optional<std::string> StoredSettings::writeProblem() const {
+  struct stat info {};
+  const std::string file = realFileOf(path_);
+  if (::stat(file.c_str(), &info) == 0 && ::faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0)
+    return "the file " + file + " is not writable by this user";
+  // The file is replaced by a new one made in its folder; a missing folder is made first, in the
+  // nearest folder that exists.
+  std::string folder = parentOf(file);
+  while (::stat(folder.c_str(), &info) != 0 && errno == ENOENT && folder != "/") folder = parentOf(folder);
+  if (!writableByMe(folder)) return "the folder " + folder + " is not writable by this user";
+  return std::nullopt;
+}
+
+std::string StoredSettings::unreadableReason() const {
+  if (state_ != State::Unreadable) return {};
+  const int fd = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (fd < 0) return std::strerror(errno);
+  struct stat info {};
+  const bool regular = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
+  ::close(fd);
+  if (!regular) return "it is not a regular file";
+  if (static_cast<uint64_t>(info.st_size) > store::kMaxPlistBytes) return "it is larger than 1 MiB";
+  if (info.st_size == 0) return "it is empty";
+  return "it is not a property list whose root is a dictionary (or it nests too deep)";
+}
+
 const char *stateName(StoredSettings::State state) {
   switch (state) {
     case StoredSettings::State::Missing:
@@ -35,6 +124,11 @@ const char *stateName(StoredSettings::State state) {
       break;
   }
   return "readable";
+}
+
+bool isLibraryKey(std::string_view key) {
+  static const auto all = libraryKeys();
+  return all.contains(key);
 }
 
 }  // namespace nvx::support

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "store/plist_file.h"
 #include "tables/stored_keys.h"
@@ -40,6 +41,18 @@ class StoredSettings {
   // Whether the key is present with a value of any type.
   bool contains(std::string_view key) const;
 
+  // Every key of the file, in the file's order; empty when the file is not readable.
+  std::vector<std::string> keys() const;
+
+  // Why this user's changes would not reach the file (the library then loses them silently): a
+  // file that is not writable, or a folder in which it cannot be replaced or made. nullopt when
+  // they would.
+  std::optional<std::string> writeProblem() const;
+
+  // Why a file that is there cannot be read, for people ("permission denied", "larger than
+  // 1 MiB", ...); empty unless the state is Unreadable.
+  std::string unreadableReason() const;
+
  private:
   StoredSettings(State state, std::string path, std::optional<store::PlistDict> dict)
       : state_(state), path_(std::move(path)), dict_(std::move(dict)) {}
@@ -50,5 +63,9 @@ class StoredSettings {
 };
 
 const char *stateName(StoredSettings::State state);  // "missing", "unreadable", "readable"
+
+// Whether the library reads or writes `key`: every key of its key table, including "Output4" and
+// "PopUp", which it reads but never writes. Other keys belong to other programs.
+bool isLibraryKey(std::string_view key);
 
 }  // namespace nvx::support

@@ -86,18 +86,12 @@ void PrintTo(const DevicesCase &c, std::ostream *os) { *os << c.name; }
 class DevicesVerb : public CliTest, public ::testing::WithParamInterface<DevicesCase> {};
 
 TEST_P(DevicesVerb, ExitCodeFollowsWhatCanBeOpened) {
-  std::vector<VirtualMixer> mixers;
-  for (const auto &open : GetParam().opens) {
-    VirtualMixer mixer;
-    mixer.open = open;
-    mixers.push_back(mixer);
-  }
-  bus.setMixers(mixers);
+  bus.setMixersOpening(GetParam().opens);
   const auto run = runTool({"devices", "--json"});
   EXPECT_EQ(run.exitCode, GetParam().exitCode) << run.transcript();
   const auto &listed = run.json()["mixers"];
-  ASSERT_EQ(listed.size(), mixers.size());
-  for (size_t i = 0; i < mixers.size(); ++i) {
+  ASSERT_EQ(listed.size(), GetParam().opens.size());
+  for (size_t i = 0; i < GetParam().opens.size(); ++i) {
     EXPECT_EQ(listed[i]["number"], i);
     EXPECT_EQ(listed[i]["access"], GetParam().opens[i]);
     EXPECT_EQ(listed[i]["fix"].is_string(), GetParam().opens[i] != "ok");
@@ -171,7 +165,8 @@ TEST_F(StatusVerbs, VirtualKeepsMixersAlreadyChosenAndAGivenConfigHome) {
 }
 
 TEST_F(StatusVerbs, EveryVerbHasHelpWithExamples) {
-  for (const char *verb : {"info", "devices", "udev-rule", "show", "list", "get", "set", "routing", "apply", "watch"}) {
+  for (const char *verb : {"info", "devices", "udev-rule", "show", "list", "get", "set", "routing", "apply", "watch",
+                           "export", "import", "doctor"}) {
     const auto run = runTool({verb, "--help"});
     EXPECT_EQ(run.exitCode, 0) << verb;
     EXPECT_NE(run.out.find("Examples:\n  mxrk7"), std::string::npos) << verb << "\n" << run.out;

@@ -37,13 +37,16 @@ std::string ToolResult::transcript() const {
   return "exit " + std::to_string(exitCode) + "\n--- stdout\n" + out + "--- stderr\n" + err;
 }
 
-ToolProcess::ToolProcess(const std::vector<std::string> &args) : started_(Clock::now()) {
+ToolProcess::ToolProcess(const std::vector<std::string> &args, const ToolOptions &options) : started_(Clock::now()) {
   std::array<int, 2> outPipe{};
   std::array<int, 2> errPipe{};
   if (::pipe2(outPipe.data(), O_CLOEXEC) != 0 || ::pipe2(errPipe.data(), O_CLOEXEC) != 0)
     throw std::runtime_error("pipe failed");
-  std::vector<std::string> argv{MXRK7_TOOL};
+  std::vector<std::string> argv = options.wrapper;
+  argv.push_back(MXRK7_TOOL);
   argv.insert(argv.end(), args.begin(), args.end());
+  const int input = options.stdinFile.empty() ? -1 : ::open(options.stdinFile.c_str(), O_RDONLY | O_CLOEXEC);
+  if (!options.stdinFile.empty() && input < 0) throw std::runtime_error("cannot open " + options.stdinFile);
   std::vector<char *> raw;
   for (auto &arg : argv) raw.push_back(arg.data());
   raw.push_back(nullptr);
@@ -52,11 +55,13 @@ ToolProcess::ToolProcess(const std::vector<std::string> &args) : started_(Clock:
   if (pid_ == 0) {
     ::dup2(outPipe[1], STDOUT_FILENO);
     ::dup2(errPipe[1], STDERR_FILENO);
-    ::execv(raw[0], raw.data());
+    if (input >= 0) ::dup2(input, STDIN_FILENO);
+    ::execvp(raw[0], raw.data());
     ::_exit(127);
   }
   ::close(outPipe[1]);
   ::close(errPipe[1]);
+  if (input >= 0) ::close(input);
   outFd_ = outPipe[0];
   errFd_ = errPipe[0];
 }
@@ -130,6 +135,8 @@ ToolResult ToolProcess::finish(std::chrono::milliseconds timeout) {
   return result;
 }
 
-ToolResult runTool(const std::vector<std::string> &args) { return ToolProcess(args).finish(); }
+ToolResult runTool(const std::vector<std::string> &args, const ToolOptions &options) {
+  return ToolProcess(args, options).finish();
+}
 
 }  // namespace nvx::test

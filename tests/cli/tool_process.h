@@ -31,10 +31,16 @@ struct ToolResult {
   std::string transcript() const;
 };
 
+// How the tool is started beyond its arguments.
+struct ToolOptions {
+  std::vector<std::string> wrapper;  // a command that runs the tool, such as setpriv with its options
+  std::string stdinFile;             // standard input from this file (else the test's own)
+};
+
 // A running tool. Reads both streams as they come so the child never blocks on a full pipe.
 class ToolProcess {
  public:
-  explicit ToolProcess(const std::vector<std::string> &args);
+  explicit ToolProcess(const std::vector<std::string> &args, const ToolOptions &options = {});
   ~ToolProcess();
   ToolProcess(const ToolProcess &) = delete;
   ToolProcess &operator=(const ToolProcess &) = delete;
@@ -61,6 +67,6 @@ class ToolProcess {
 };
 
 // The tool with `args`, run to its end.
-ToolResult runTool(const std::vector<std::string> &args);
+ToolResult runTool(const std::vector<std::string> &args, const ToolOptions &options = {});
 
 }  // namespace nvx::test

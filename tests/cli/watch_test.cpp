@@ -8,56 +8,13 @@
 #include <memory>
 
 #include "cli_fixture.h"
+#include "private_bus.h"
 
 namespace nvx::test {
 namespace {
 
 using namespace std::chrono_literals;
 using nlohmann::json;
-
-// A session bus of the test's own: dbus-daemon prints its address, and is killed at the end.
-class PrivateBus {
- public:
-  PrivateBus() {
-    std::vector<std::string> argv{"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"};
-    std::array<int, 2> out{};
-    if (::pipe2(out.data(), O_CLOEXEC) != 0) return;
-    pid_ = ::fork();
-    if (pid_ == 0) {
-      ::dup2(out[1], STDOUT_FILENO);
-      const int devnull = ::open("/dev/null", O_WRONLY);
-      ::dup2(devnull, STDERR_FILENO);
-      std::vector<char *> raw;
-      for (auto &arg : argv) raw.push_back(arg.data());
-      raw.push_back(nullptr);
-      ::execvp(raw[0], raw.data());
-      ::_exit(127);
-    }
-    ::close(out[1]);
-    char buffer[512];
-    std::string line;
-    while (line.find('\n') == std::string::npos) {
-      const ssize_t got = ::read(out[0], buffer, sizeof buffer);
-      if (got <= 0) break;
-      line.append(buffer, static_cast<size_t>(got));
-    }
-    ::close(out[0]);
-    address_ = line.substr(0, line.find('\n'));
-  }
-  ~PrivateBus() {
-    if (pid_ > 0) {
-      ::kill(pid_, SIGTERM);
-      ::waitpid(pid_, nullptr, 0);
-    }
-  }
-  PrivateBus(const PrivateBus &) = delete;
-  PrivateBus &operator=(const PrivateBus &) = delete;
-  const std::string &address() const { return address_; }
-
- private:
-  pid_t pid_ = -1;
-  std::string address_;
-};
 
 class Watch : public CliTest {
  protected:
@@ -114,6 +71,29 @@ TEST_F(Watch, TextLinesAndTermination) {
   EXPECT_NE(line->find("routing 2 = AUX (4)"), std::string::npos) << *line;
   watch->signal(SIGTERM);
   EXPECT_EQ(watch->finish(10s).exitCode, 0);
+}
+
+TEST_F(Watch, ImportAnnouncesRoutingAndBoostAsSetDoes) {
+  auto watch = startWatch({"--json"});
+  ScratchDir files;
+  const std::string document = files.write("settings.json", R"({"format": "mxrk7-settings", "version": 1, "settings": [
+      {"setting": "pad-mode", "fields": [{"name": "value", "index": 1}]},
+      {"setting": "boost", "fields": [{"name": "level", "index": 0}]},
+      {"setting": "routing", "args": {"channel": 2}, "fields": [{"name": "source", "text": "AUX"}]}]})");
+  const auto run = runTool({"import", document});
+  ASSERT_EQ(run.exitCode, 0) << run.transcript();
+  // In the order of the settings, not of the document.
+  const auto routing = watch->readLine(10s);
+  ASSERT_TRUE(routing);
+  EXPECT_EQ(json::parse(*routing)["setting"], "routing");
+  EXPECT_EQ(json::parse(*routing)["fields"][0]["text"], "AUX");
+  const auto boost = watch->readLine(10s);
+  ASSERT_TRUE(boost);
+  EXPECT_EQ(json::parse(*boost)["setting"], "boost");
+  EXPECT_EQ(json::parse(*boost)["fields"][0]["index"], 0);
+  watch->signal(SIGINT);
+  const auto end = watch->finish(10s);
+  EXPECT_EQ(end.out, "") << "the pad mode announces nothing";
 }
 
 TEST(WatchWithoutBus, FailsWithAnExplanation) {

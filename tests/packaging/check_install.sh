@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the build into a temporary prefix and checks what a user and a developer get there: the
 # library with its SONAME links, the header, pkg-config and CMake packages (a C program is built and
-# run through each), the bundle data, the udev rule's text and the user unit.
+# run through each), the bundle data, the udev rule's text and the user unit, the manual page and
+# the bash completion, and what `mxrk7 doctor` says about such a prefix.
 #   check_install.sh BUILD_DIR VERSION VID PID
 set -euo pipefail
 build=$1 version=$2 vid=$3 pid=$4
@@ -47,5 +48,27 @@ expected="SUBSYSTEM==\"usb\", ATTR{idVendor}==\"$vid\", ATTR{idProduct}==\"$pid\
 unit=$prefix/lib/systemd/user/mxrk7-apply.service
 grep -qx "ExecStart=$prefix/bin/mxrk7 apply --wait" "$unit" || fail "unit ExecStart"
 systemd-analyze verify --man=no "$unit"
+
+# manual page and bash completion
+[ -f "$prefix/share/man/man1/mxrk7.1" ] || fail "manual page"
+grep -q "NorvaneMXRK7Setup $version" "$prefix/share/man/man1/mxrk7.1" || fail "manual page without the version"
+[ -f "$prefix/share/bash-completion/completions/mxrk7" ] || fail "bash completion"
+bash --norc -c "source '$prefix/share/bash-completion/completions/mxrk7' && complete -p mxrk7" >/dev/null ||
+  fail "bash completion does not register"
+
+# doctor in a prefix that udev and the service manager do not read: it says so, and nothing blocks use
+report=$("$prefix/bin/mxrk7" doctor --json) || fail "doctor exits $? in the prefix"
+status_of() { python3 -c 'import json,sys; print(" ".join(c["status"] for c in json.load(sys.stdin)["checks"] if c["area"] == sys.argv[1]))' "$1" <<<"$report"; }
+message_of() { python3 -c 'import json,sys; print(" ".join(c["message"] for c in json.load(sys.stdin)["checks"] if c["area"] == sys.argv[1]))' "$1" <<<"$report"; }
+[ "$(status_of library)" = ok ] || fail "doctor: library $(message_of library)"
+if [ ! -e /etc/udev/rules.d/70-mxrk7.rules ] && [ ! -e /usr/lib/udev/rules.d/70-mxrk7.rules ] && [ ! -e /lib/udev/rules.d/70-mxrk7.rules ]; then
+  message_of "udev rule" | grep -qF "installed as $prefix/lib/udev/rules.d/70-mxrk7.rules, where udev does not read it" ||
+    fail "doctor: udev rule: $(message_of "udev rule")"
+fi
+if [ ! -e "$HOME/.config/systemd/user/mxrk7-apply.service" ] && [ ! -e /usr/lib/systemd/user/mxrk7-apply.service ] &&
+  [ ! -e /etc/systemd/user/mxrk7-apply.service ]; then
+  message_of "user unit" | grep -qF "installed as $unit, where your service manager does not look" ||
+    fail "doctor: user unit: $(message_of "user unit")"
+fi
 
 echo "install check: 1 passed, 0 failed"

@@ -15,6 +15,12 @@ VirtualBus::VirtualBus(const std::vector<VirtualMixer> &mixers)
   env_.set("MXRK7_USB_ID", std::nullopt);
 }
 
+void VirtualBus::setMixersOpening(const std::vector<std::string> &opens) {
+  std::vector<VirtualMixer> mixers(opens.size());
+  for (size_t i = 0; i < opens.size(); ++i) mixers[i].open = opens[i];
+  setMixers(mixers);
+}
+
 void VirtualBus::setMixers(const std::vector<VirtualMixer> &mixers) {
   nlohmann::json list = nlohmann::json::array();
   for (const auto &m : mixers) {

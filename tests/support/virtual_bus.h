@@ -26,6 +26,8 @@ class VirtualBus {
   explicit VirtualBus(const std::vector<VirtualMixer> &mixers = {});
   // Rewrites the config: the next enumeration sees these mixers (plugging and unplugging).
   void setMixers(const std::vector<VirtualMixer> &mixers);
+  // Default mixers, one per entry, each opening as the entry says ("ok", "busy" or "denied").
+  void setMixersOpening(const std::vector<std::string> &opens);
   // Every log line so far, and only the request lines (open/close left out).
   std::vector<std::string> log() const;
   std::vector<std::string> requests() const;

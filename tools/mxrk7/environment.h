@@ -14,14 +14,11 @@ struct GlobalOptions {
 
 // Sets MXRK7_VIRTUAL_MIXERS (for --virtual, unless already set) and XDG_CONFIG_HOME (for
 // --config-home, or the demo folder for --virtual). Throws a Failure when the demo config of
-// --virtual is not installed.
+// --virtual is not installed or the demo folder cannot be told.
 void applyEnvironment(const GlobalOptions &options);
 
-// The demo mixers' config file next to this program: <program folder>/../share/mxrk7/virtual-demo.json.
-std::string demoMixersPath();
-
-// The settings folder of --virtual: $XDG_STATE_HOME/mxrk7/demo, with ~/.local/state for an unset
-// or relative XDG_STATE_HOME.
-std::string demoConfigHome();
+// The prefix this program is installed in (or the build tree, laid out alike): the folder above
+// the program's own folder. Throws a Failure when it cannot be told.
+std::string installPrefix();
 
 }  // namespace mxrk7

@@ -63,10 +63,12 @@ int main(int argc, char **argv) {
   app.footer(
       "\nExamples:\n"
       "  mxrk7 --virtual info             try it without a mixer\n"
+      "  mxrk7 doctor                     what is missing on this computer, and how to fix it\n"
       "  mxrk7 devices                    is the mixer there, may I open it?\n"
       "  mxrk7 show                       every remembered setting\n"
       "  mxrk7 set boost -10dB            change a setting\n"
       "  mxrk7 list fx-filter             the values a setting takes\n"
+      "  mxrk7 export my-settings.json    keep every setting in a file (mxrk7 import reads it)\n"
       "\nExit codes: 0 done, 1 usage error, 2 refused by the library, 3 no mixer, 4 no access to a mixer,\n"
       "5 other failure. Run mxrk7 VERB --help for a verb's own examples.\n");
 
@@ -75,6 +77,8 @@ int main(int argc, char **argv) {
   addSettingVerbs(verbs);
   addApplyVerb(verbs);
   addWatchVerb(verbs);
+  addTransferVerbs(verbs);
+  addDoctorVerb(verbs);
 
   try {
     app.parse(argc, argv);

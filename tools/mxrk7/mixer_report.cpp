@@ -15,22 +15,6 @@ using nvx::support::MixerStatus;
 
 nlohmann::json orNull(const std::string &text) { return text.empty() ? nlohmann::json(nullptr) : nlohmann::json(text); }
 
-std::string fixFor(Access access) {
-  switch (access) {
-    case Access::Ok:
-      return {};
-    case Access::Busy:
-      return "another program holds the mixer (a setup application, or another mxrk7): close it and try again";
-    case Access::Denied:
-      return accessFix();
-    case Access::Gone:
-      return "the mixer went away while it was being opened: plug it in again";
-    case Access::Failed:
-      break;
-  }
-  return "unplug the mixer and plug it in again; if that does not help, see the system log (journalctl -k)";
-}
-
 nlohmann::json statusJson(const MixerStatus &mixer) {
   nlohmann::json firmware = nullptr;
   if (mixer.firmware)
@@ -49,6 +33,43 @@ std::string optionalText(const nlohmann::json &value) { return value.is_null() ?
 
 }  // namespace
 
+std::string holderText(const MixerStatus &mixer) {
+  std::string text = "another program using the NorvaneMXRK7Setup library";
+  if (mixer.holder) {
+    const auto &holder = *mixer.holder;
+    text += holder.program.empty() ? fmt::format(" (process {})", holder.pid)
+                                   : fmt::format(" ({}, process {})", holder.program, holder.pid);
+  } else {
+    text += " (a setup application, or another mxrk7)";
+  }
+  return text;
+}
+
+std::string mixerFix(const MixerStatus &mixer) {
+  switch (mixer.access) {
+    case Access::Ok:
+      return {};
+    case Access::Busy:
+      return holderText(mixer) + " holds the mixer: close it, or wait until it is done, and try again";
+    case Access::Denied:
+      return accessFix();
+    case Access::Gone:
+      return "the mixer went away while it was being opened: plug it in again";
+    case Access::Failed:
+      break;
+  }
+  return "unplug the mixer and plug it in again; if that does not help, see the system log (journalctl -k)";
+}
+
+std::string deliveryText(const nlohmann::json &counts) {
+  const auto found = counts.at("found").get<size_t>();
+  const auto accessible = counts.at("accessible").get<size_t>();
+  if (found == 0) return "stored; no mixer is connected (it is sent when one is: mxrk7 apply)";
+  if (accessible == 0) return "stored, but not sent: no mixer could be opened (see mxrk7 devices)";
+  if (accessible < found) return fmt::format("sent to {} of {} mixers and stored (see mxrk7 devices)", accessible, found);
+  return fmt::format("sent to {} mixer{} and stored", found, found == 1 ? "" : "s");
+}
+
 nlohmann::json busJson(const nvx::support::BusReport &bus, bool withStatus) {
   nlohmann::json mixers = nlohmann::json::array();
   for (const auto &mixer : bus.mixers) {
@@ -58,7 +79,10 @@ nlohmann::json busJson(const nvx::support::BusReport &bus, bool withStatus) {
                             {"node", orNull(mixer.node)},
                             {"access", nvx::support::accessName(mixer.access)},
                             {"error", orNull(mixer.openError)},
-                            {"fix", orNull(fixFor(mixer.access))}};
+                            {"fix", orNull(mixerFix(mixer))},
+                            {"holder", mixer.holder ? nlohmann::json{{"pid", mixer.holder->pid},
+                                                                      {"program", orNull(mixer.holder->program)}}
+                                                    : nlohmann::json(nullptr)}};
     if (withStatus) entry.update(statusJson(mixer));
     mixers.push_back(std::move(entry));
   }

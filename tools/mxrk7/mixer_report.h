@@ -17,6 +17,17 @@ nlohmann::json busJson(const nvx::support::BusReport &bus, bool withStatus);
 // {"found": n, "accessible": k}
 nlohmann::json mixerCountsJson(const nvx::support::BusReport &bus);
 
+// Where a value that was set went, from mixerCountsJson's counts: "sent to 2 mixers and stored",
+// "stored; no mixer is connected (...)", ...
+std::string deliveryText(const nlohmann::json &counts);
+
+// What to do about a mixer that could not be opened; empty for one that could.
+std::string mixerFix(const nvx::support::MixerStatus &mixer);
+
+// Who holds a busy mixer, for people: "another program using the NorvaneMXRK7Setup library
+// (mxrk7-setup, process 4711)".
+std::string holderText(const nvx::support::MixerStatus &mixer);
+
 // One text block per mixer.
 std::string mixersText(const nlohmann::json &bus);
 

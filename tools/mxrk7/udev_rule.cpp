@@ -4,10 +4,14 @@
 
 #include <array>
 #include <filesystem>
+#include <set>
 #include <string_view>
 
+#include "environment.h"
+#include "install_layout.h"
 #include "support/mixer_probe.h"
-#include "udev_rule_template.h"
+
+namespace fs = std::filesystem;
 
 namespace mxrk7 {
 
@@ -28,17 +32,31 @@ std::string udevRuleText() {
   return text;
 }
 
-std::string udevRulesDir() { return std::string(kUdevRulesDir); }
+std::string udevRulesDir() {
+  const fs::path dir(kUdevRulesDir);
+  return dir.is_absolute() ? dir.string() : (fs::path(installPrefix()) / dir).lexically_normal().string();
+}
+
+std::vector<RuleLocation> findUdevRules() {
+  const std::array<std::string, 4> udevFolders = {"/etc/udev/rules.d", "/run/udev/rules.d", "/usr/lib/udev/rules.d",
+                                                  "/lib/udev/rules.d"};
+  std::vector<RuleLocation> found;
+  std::set<fs::path> seen;  // /lib is /usr/lib on most systems: each real folder once
+  auto look = [&](const std::string &folder, bool readByUdev) {
+    std::error_code error;
+    const fs::path real = fs::weakly_canonical(folder, error);
+    if (error || !seen.insert(real).second) return;
+    const fs::path path = fs::path(folder) / kUdevRuleFile;
+    if (fs::exists(path, error)) found.push_back({path.string(), readByUdev});
+  };
+  for (const auto &folder : udevFolders) look(folder, true);
+  look(udevRulesDir(), false);
+  return found;
+}
 
 std::optional<std::string> installedUdevRule() {
-  // The folders udev reads rules from, the administrator's first, then the build's own.
-  const std::array<std::string, 5> folders = {"/etc/udev/rules.d", "/run/udev/rules.d", "/usr/lib/udev/rules.d",
-                                              "/lib/udev/rules.d", udevRulesDir()};
-  for (const auto &folder : folders) {
-    const auto path = std::filesystem::path(folder) / kUdevRuleFile;
-    std::error_code error;
-    if (std::filesystem::exists(path, error)) return path.string();
-  }
+  for (const auto &location : findUdevRules())
+    if (location.readByUdev) return location.path;
   return std::nullopt;
 }
 

@@ -8,9 +8,9 @@
 #include <thread>
 
 #include "mixer_report.h"
-#include "product.h"
 #include "setting_values.h"
 #include "support/mixer_probe.h"
+#include "support/resend.h"
 #include "support/stored_settings.h"
 #include "verbs.h"
 
@@ -61,23 +61,10 @@ Exit apply(Context &context, const ApplyOptions &options) {
     throw Failure(Exit::Failure, fmt::format("the settings file {} cannot be read; nothing was sent", file.path()),
                   {{"file", fileJson(file)}});
 
-  // What the file holds, setting by setting.
-  std::vector<std::pair<const Setting *, std::vector<Entry>>> held;
-  size_t instancesHeld = 0;
-  for (const auto &setting : settingTable()) {
-    if (setting.readOnly()) continue;  // read from another setting's key, which that setting sends
-    std::vector<Entry> mine;
-    for (const auto &args : instances(setting)) {
-      Entry entry = evaluate(setting, args, file);
-      if (entry.stored) mine.push_back(std::move(entry));
-    }
-    instancesHeld += mine.size();
-    held.emplace_back(&setting, std::move(mine));
-  }
-
+  const auto held = nvx::support::heldSettings(file);
   nlohmann::json doc = {{"file", fileJson(file)}, {"mixers", nullptr}, {"sent", nlohmann::json::array()},
                         {"skipped", nlohmann::json::array()}};
-  if (instancesHeld == 0) {
+  if (held.empty()) {
     context.out.result(doc, applyText);
     return Exit::Ok;
   }
@@ -88,32 +75,19 @@ Exit apply(Context &context, const ApplyOptions &options) {
     throw Failure(outcome, accessProblem(bus) + "; nothing was sent", {{"mixers", doc["mixers"]}});
 
   bool refused = false;
-  for (const auto &[setting, mine] : held) {
-    std::vector<const Entry *> valid;
-    for (const auto &entry : mine) {
-      if (entry.source == Source::File) {
-        valid.push_back(&entry);
-        continue;
-      }
-      nlohmann::json skip = entryJson(entry);
-      skip["reason"] = fmt::format("the file holds {}, which is not a valid value", *entry.stored);
-      doc["skipped"].push_back(std::move(skip));
-    }
-    // One call replays every instance, but only when the file holds all of them.
-    if (setting->replayAll && !valid.empty() && valid.size() == instances(*setting).size()) {
-      const int32_t result = setting->replayAll();
-      refused |= result != NVX_OK;
-      for (const auto *entry : valid) doc["sent"].push_back(actionJson(*entry, "replay", result));
-      continue;
-    }
-    for (const auto *entry : valid) {
-      const bool replay = static_cast<bool>(setting->replay);
-      int32_t result = replay ? setting->replay(entry->args) : setting->write(entry->args, *entry->values).result;
-      if (result == NVX_WARNING) result = NVX_OK;  // sent all the same
-      refused |= result != NVX_OK;
-      doc["sent"].push_back(actionJson(*entry, replay ? "replay" : "setter", result));
-    }
-  }
+  nvx::support::resend(
+      held, {.sent =
+                 [&](const Entry &entry, nvx::support::Via via, int32_t result) {
+                   refused |= result != NVX_OK;
+                   doc["sent"].push_back(
+                       actionJson(entry, via == nvx::support::Via::Replay ? "replay" : "setter", result));
+                 },
+             .skipped =
+                 [&](const Entry &entry) {
+                   nlohmann::json skip = entryJson(entry);
+                   skip["reason"] = fmt::format("the file holds {}, which is not a valid value", *entry.stored);
+                   doc["skipped"].push_back(std::move(skip));
+                 }});
   context.out.result(doc, applyText);
   return refused ? Exit::Refused : Exit::Ok;
 }

@@ -152,14 +152,7 @@ Exit list(Context &context, const Words &words) {
 // --- set ----------------------------------------------------------------------------------------
 
 std::string setText(const nlohmann::json &doc) {
-  const auto &mixers = doc.at("mixers");
-  const auto found = mixers.at("found").get<size_t>();
-  const auto accessible = mixers.at("accessible").get<size_t>();
-  std::string where;
-  if (found == 0) where = "stored; no mixer is connected (it is sent when one is: mxrk7 apply)";
-  else if (accessible == 0) where = "stored, but not sent: no mixer could be opened (see mxrk7 devices)";
-  else if (accessible < found) where = fmt::format("sent to {} of {} mixers and stored (see mxrk7 devices)", accessible, found);
-  else where = fmt::format("sent to {} mixer{} and stored", found, found == 1 ? "" : "s");
+  const std::string where = deliveryText(doc.at("mixers"));
   std::string text = fmt::format("{} = {}: {}.\n", targetText(doc), valueText(doc.at("fields")), where);
   if (doc.at("warning").is_string()) text += fmt::format("Warning: {}\n", doc.at("warning").get<std::string>());
   return text;

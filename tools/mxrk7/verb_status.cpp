@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include "mixer_report.h"
-#include "product.h"
 #include "setting_values.h"
 #include "support/mixer_probe.h"
+#include "support/product.h"
 #include "support/stored_settings.h"
 #include "udev_rule.h"
 #include "verbs.h"
@@ -13,6 +13,9 @@
 namespace mxrk7 {
 
 namespace {
+
+using nvx::support::kProductName;
+using nvx::support::productId;
 
 using nvx::support::Probe;
 

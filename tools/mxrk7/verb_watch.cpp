@@ -8,14 +8,16 @@
 #include <csignal>
 #include <memory>
 
-#include "product.h"
 #include "setting_values.h"
+#include "support/product.h"
 #include "support/session_bus.h"
 #include "verbs.h"
 
 namespace mxrk7 {
 
 namespace {
+
+using nvx::support::productId;
 
 struct Watcher {
   const Output &out;

@@ -42,5 +42,7 @@ void addStatusVerbs(VerbRegistry &verbs);    // info, devices, udev-rule
 void addSettingVerbs(VerbRegistry &verbs);   // show, list, get, set, routing
 void addApplyVerb(VerbRegistry &verbs);      // apply
 void addWatchVerb(VerbRegistry &verbs);      // watch
+void addTransferVerbs(VerbRegistry &verbs);  // export, import
+void addDoctorVerb(VerbRegistry &verbs);     // doctor
 
 }  // namespace mxrk7

@@ -1,4 +1,4 @@
-#include "domain.h"
+#include "support/setting_domain.h"
 
 #include <fmt/format.h>
 
@@ -7,7 +7,7 @@
 #include <charconv>
 #include <set>
 
-namespace mxrk7 {
+namespace nvx::support {
 
 namespace {
 
@@ -70,6 +70,17 @@ std::optional<std::string> Domain::textOf(uint32_t index) const {
   return std::nullopt;
 }
 
+bool Domain::names(uint32_t index, std::string_view word) const {
+  const std::string wanted = folded(word);
+  for (const auto &choice : choices) {
+    if (choice.index != index) continue;
+    if (folded(choice.text) == wanted) return true;
+    for (const auto &alias : choice.aliases)
+      if (folded(alias) == wanted) return true;
+  }
+  return false;
+}
+
 std::vector<uint32_t> Domain::members() const {
   std::set<uint32_t> all;
   for (const auto &choice : choices) all.insert(choice.index);
@@ -124,4 +135,4 @@ Domain tableDomain(const char *const *texts, uint32_t count) {
   return withIndices(std::move(choices));
 }
 
-}  // namespace mxrk7
+}  // namespace nvx::support

@@ -1,7 +1,8 @@
-// The one table of the settings the tool offers: their names, how they are addressed (channel,
-// bank, position, item), what values they take, and how each is read, set and re-applied through
-// the library. Every verb that deals with settings (show, list, get, set, routing, apply, watch)
-// works from this table alone.
+// The one table of the settings that the tool and the setup application offer: their names, how
+// they are addressed (channel, bank, position, item), what values they take, where the settings
+// file keeps them, and how each is read, set and re-applied through the library's C interface.
+// Everything that deals with settings (the tool's verbs, the settings document, the application's
+// pages) works from this table alone.
 #pragma once
 
 #include <cstdint>
@@ -11,10 +12,10 @@
 #include <string_view>
 #include <vector>
 
-#include "domain.h"
+#include "support/setting_domain.h"
 #include "support/stored_settings.h"
 
-namespace mxrk7 {
+namespace nvx::support {
 
 using Args = std::vector<uint32_t>;    // the library's numbers of a setting's parameters
 using Values = std::vector<uint32_t>;  // the library's numbers of a setting's value fields
@@ -44,10 +45,12 @@ struct Setting {
   std::vector<Param> params;
   std::vector<Field> fields;
 
+  // The settings file's key that holds this instance.
+  std::function<std::string(const Args &)> key;
   // The integer in the settings file that holds this instance, or nullopt when the file holds none.
-  std::function<std::optional<int32_t>(const Args &, const nvx::support::StoredSettings &)> stored;
+  std::function<std::optional<int32_t>(const Args &, const StoredSettings &)> stored;
   // The value as the library reports it (stored or its own default); nullopt when it reports none.
-  std::function<std::optional<Values>(const Args &, const nvx::support::StoredSettings &)> read;
+  std::function<std::optional<Values>(const Args &, const StoredSettings &)> read;
   // Sets through the library (send to every mixer and store); empty for a read-only setting.
   std::function<WriteResult(const Args &, const Values &)> write;
   // Why this instance cannot be set although the setting can, or nullopt.
@@ -70,4 +73,4 @@ const Setting *findSetting(std::string_view name);
 // "routing, boost, ...", for messages.
 std::string settingNames();
 
-}  // namespace mxrk7
+}  // namespace nvx::support

@@ -1,4 +1,4 @@
-#include "setting_table.h"
+#include "support/setting_table.h"
 
 #include <NorvaneMXRK7Setup.h>
 #include <fmt/format.h>
@@ -7,14 +7,13 @@
 #include <array>
 #include <cctype>
 
-#include "product.h"
+#include "support/product.h"
 #include "tables/play_settings.h"
 
-namespace mxrk7 {
+namespace nvx::support {
 
 namespace {
 
-using nvx::support::StoredSettings;
 namespace keys = nvx::keys;
 
 bool sameName(std::string_view a, std::string_view b) {
@@ -42,9 +41,10 @@ std::function<std::optional<Values>(const Args &, const StoredSettings &)> gette
   };
 }
 
-std::function<std::optional<int32_t>(const Args &, const StoredSettings &)> keyed(
-    std::function<std::string(const Args &)> key) {
-  return [key = std::move(key)](const Args &args, const StoredSettings &file) { return file.integer(key(args)); };
+// The setting's key, and its stored integer read from that key.
+void keyed(Setting &s, std::function<std::string(const Args &)> key) {
+  s.key = std::move(key);
+  s.stored = [key = s.key](const Args &args, const StoredSettings &file) { return file.integer(key(args)); };
 }
 
 std::function<WriteResult(const Args &, const Values &)> setter(
@@ -127,7 +127,7 @@ Setting routing() {
   s.summary = "Source of a USB audio channel: the mixer signal the computer receives on it.";
   s.params = {channelParam()};
   s.fields = {{"source", [](const Args &args) { return routingMenu(args[0]); }, 0}};
-  s.stored = keyed([](const Args &args) { return keys::makeKey(keys::kOutputTemplate, args[0]); });
+  keyed(s, [](const Args &args) { return keys::makeKey(keys::kOutputTemplate, args[0]); });
   s.read = getter([](const Args &args, uint32_t *out) {
     return NVX_GetCurrentUSBInputAudioIndex(productId(), static_cast<int32_t>(args[0]), out);
   });
@@ -160,7 +160,7 @@ Setting boost() {
   s.fields = {fixedField("level", textMenu([](uint32_t index, const char **text) {
                            return NVX_GetBoostLevelText(productId(), index, 0, text);
                          }))};
-  s.stored = keyed([](const Args &) { return std::string(keys::kMaxLevel); });
+  keyed(s, [](const Args &) { return std::string(keys::kMaxLevel); });
   s.read = getter([](const Args &, uint32_t *out) { return NVX_GetCurrentBoostLevelIndex(productId(), out); });
   s.write = setter([](const Args &, const Values &v) { return NVX_SetBoostLevelIndex(productId(), v[0]); });
   s.replay = [](const Args &) { return NVX_SetCurrentBoostLevelIndex(productId()); };
@@ -176,7 +176,7 @@ Setting fxFilter() {
                            return NVX_GetFXBANKFILTERModeText(productId(), index, 0, text);
                          })),
               fixedField("param", rangeDomain(0, 255))};
-  s.stored = keyed([](const Args &args) { return std::string(keys::kFilterKeys[args[0]]); });
+  keyed(s, [](const Args &args) { return std::string(keys::kFilterKeys[args[0]]); });
   s.read = [](const Args &args, const StoredSettings &) {
     return readOutputs(2, [&](uint32_t *out) {
       return NVX_GetFXBANKFILTERModeIndex(productId(), args[0], &out[0], &out[1]);
@@ -207,7 +207,7 @@ Setting beatFx() {
                  }
                },
                kItemParam}};
-  s.stored = keyed([](const Args &args) { return keys::makeKey(keys::kBeatFxTemplates[args[0]][args[1]], args[2]); });
+  keyed(s, [](const Args &args) { return keys::makeKey(keys::kBeatFxTemplates[args[0]][args[1]], args[2]); });
   s.read = getter([](const Args &args, uint32_t *out) {
     return NVX_GetFXBANKBFXModeIndex(productId(), args[0], args[1], args[2], out);
   });
@@ -226,8 +226,9 @@ Setting channelFader() {
   s.summary = "What the channel fader does while an FX bank is in use.";
   s.params = {bankParam()};
   s.fields = {fixedField("mode", tableDomain(FXBANKChFaderModeText, 4))};
-  s.stored = [](const Args &args, const StoredSettings &file) -> std::optional<int32_t> {
-    const auto word = file.integer(keys::kChannelFaderKeys[args[0] == 0 ? 0 : 1]);
+  s.key = [](const Args &args) { return std::string(keys::kChannelFaderKeys[args[0] == 0 ? 0 : 1]); };
+  s.stored = [key = s.key](const Args &args, const StoredSettings &file) -> std::optional<int32_t> {
+    const auto word = file.integer(key(args));
     if (!word || ((static_cast<uint32_t>(*word) >> 12) & 0xF) != args[0]) return std::nullopt;
     return word;
   };
@@ -248,7 +249,7 @@ Setting beatFxTail() {
   s.summary = "Beat FX tail of an FX bank (0 or 1).";
   s.params = {bankParam()};
   s.fields = {fixedField("tail", rangeDomain(0, 1))};
-  s.stored = keyed([](const Args &args) { return std::string(keys::kTailKeys[args[0]]); });
+  keyed(s, [](const Args &args) { return std::string(keys::kTailKeys[args[0]]); });
   s.read = getter([](const Args &args, uint32_t *out) { return NVX_GetFXBANKBFXTAILIndex(productId(), args[0], out); });
   s.write = setter([](const Args &args, const Values &v) {
     return NVX_SetFXBANKBFXTAILIndex(productId(), args[0], v[0]);
@@ -265,7 +266,7 @@ Setting playSetting(std::string name, std::string summary, nvx::tables::PlaySett
   s.name = std::move(name);
   s.summary = std::move(summary);
   s.fields = {fixedField("value", rangeDomain(0, row.maximum))};
-  s.stored = keyed([key = std::string(row.key)](const Args &) { return key; });
+  keyed(s, [key = std::string(row.key)](const Args &) { return key; });
   s.read = getter([get](const Args &, uint32_t *out) { return get(productId(), out); });
   s.write = setter([set](const Args &, const Values &v) { return set(productId(), v[0]); });
   return s;
@@ -279,7 +280,7 @@ Setting crossfaderMode() {
   s.fields = {fixedField("mode", textMenu([](uint32_t index, const char **text) {
                            return NVX_GetCROSSFADERModeText(productId(), index, 0, text);
                          }))};
-  s.stored = keyed([](const Args &) { return std::string(keys::kCutLagMode); });
+  keyed(s, [](const Args &) { return std::string(keys::kCutLagMode); });
   s.read = getter([](const Args &, uint32_t *out) { return NVX_GetCurrentCROSSFADERModeIndex(productId(), out); });
   return s;
 }
@@ -325,4 +326,4 @@ std::string settingNames() {
   return fmt::format("{}", fmt::join(names, ", "));
 }
 
-}  // namespace mxrk7
+}  // namespace nvx::support

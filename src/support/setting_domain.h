@@ -1,5 +1,5 @@
-// What a word on the command line may say for one parameter or value, and the one parser that
-// turns such a word into the library's number.
+// What a word may say for one parameter or value of a setting (on the command line, in a settings
+// document, in a menu), and the one parser that turns such a word into the library's number.
 //
 // A word matches a choice's text or one of its aliases without regard to case or blanks
 // ("-10dB" is "-10 dB", "cross fader a" is "Cross Fader A"); where several choices share a text the
@@ -16,7 +16,7 @@
 #include <string_view>
 #include <vector>
 
-namespace mxrk7 {
+namespace nvx::support {
 
 struct Choice {
   uint32_t index;                    // the library's number
@@ -37,6 +37,9 @@ struct Domain {
   bool contains(uint32_t index) const;
   // The text of the choice with this index, if it has one.
   std::optional<std::string> textOf(uint32_t index) const;
+  // Whether `word` is the text or an alias of the choice with this index (compared as parse()
+  // compares).
+  bool names(uint32_t index, std::string_view word) const;
   // Every number the domain accepts, ascending.
   std::vector<uint32_t> members() const;
   // For messages: "DUB ECHO, FILTER, NOISE, PITCH, WIDE FILTER, or an index 0-4".
@@ -57,4 +60,4 @@ Domain menuDomain(const std::function<const char *(uint32_t index)> &text);
 // A menu from a fixed table of texts (for tables the library exports without a text function).
 Domain tableDomain(const char *const *texts, uint32_t count);
 
-}  // namespace mxrk7
+}  // namespace nvx::support

@@ -1,16 +1,17 @@
-#include "product.h"
+#include "support/product.h"
 
 #include <NorvaneMXRK7Setup.h>
 
-#include "exit_status.h"
+#include <stdexcept>
+#include <string>
 
-namespace mxrk7 {
+namespace nvx::support {
 
 int32_t productId() {
   static const int32_t id = [] {
     int32_t value = -1;
     if (NVX_GetProductId(kProductName, &value) != NVX_OK)
-      throw Failure(Exit::Failure, "the library does not know the product " + std::string(kProductName));
+      throw std::runtime_error("the library does not know the product " + std::string(kProductName));
     return value;
   }();
   return id;
@@ -33,4 +34,4 @@ const char *resultName(int32_t result) {
   }
 }
 
-}  // namespace mxrk7
+}  // namespace nvx::support

@@ -1,0 +1,77 @@
+#include "support/program_environment.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+namespace nvx::support {
+
+namespace {
+
+bool isSet(const char *name) {
+  const char *value = std::getenv(name);
+  return value && *value;
+}
+
+}  // namespace
+
+std::string homeFolder() {
+  if (const char *home = std::getenv("HOME"); home && home[0] == '/') return home;
+  if (const passwd *entry = ::getpwuid(::getuid()); entry && entry->pw_dir) return entry->pw_dir;
+  return {};
+}
+
+std::string installPrefix() {
+  std::error_code error;
+  const fs::path program = fs::read_symlink("/proc/self/exe", error);
+  if (error) return {};
+  return program.parent_path().parent_path().lexically_normal();
+}
+
+std::string demoMixersPath() {
+  const std::string prefix = installPrefix();
+  if (prefix.empty()) return {};
+  return (fs::path(prefix) / "share" / "mxrk7" / "virtual-demo.json").lexically_normal();
+}
+
+std::string demoConfigHome() {
+  const char *state = std::getenv("XDG_STATE_HOME");
+  fs::path base;
+  if (state && state[0] == '/') {
+    base = state;
+  } else {
+    const std::string home = homeFolder();
+    if (home.empty()) return {};
+    base = fs::path(home) / ".local" / "state";
+  }
+  return (base / "mxrk7" / "demo").lexically_normal();
+}
+
+std::optional<std::string> pointLibraryAt(bool virtualMixers, const std::string &configHome) {
+  if (virtualMixers && !isSet("MXRK7_VIRTUAL_MIXERS")) {
+    const std::string demo = demoMixersPath();
+    std::error_code error;
+    if (demo.empty()) return "cannot tell where this program is installed, so not where its demo mixers are";
+    if (!fs::exists(demo, error)) return "the demo mixers of --virtual are not installed: " + demo + " is missing";
+    ::setenv("MXRK7_VIRTUAL_MIXERS", demo.c_str(), 1);
+  }
+  std::string folder;
+  if (!configHome.empty()) {
+    folder = fs::absolute(configHome).lexically_normal();
+  } else if (virtualMixers) {
+    folder = demoConfigHome();
+    if (folder.empty())
+      return "cannot tell the home folder for the demo settings: HOME is not set and the user has no home entry";
+  }
+  if (!folder.empty()) ::setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
+  return std::nullopt;
+}
+
+bool usingVirtualMixers() { return isSet("MXRK7_VIRTUAL_MIXERS"); }
+
+}  // namespace nvx::support

@@ -1,0 +1,146 @@
+// The manual page and the bash completion the build stages and installs: both must know every
+// verb and setting the tool has, the page must render cleanly, and completion must work in bash.
+#include <set>
+#include <sstream>
+
+#include "cli_fixture.h"
+
+namespace nvx::test {
+namespace {
+
+using nlohmann::json;
+
+// The tool's verbs, as it names them when given an unknown one.
+std::set<std::string> toolVerbs() {
+  const auto run = runTool({"no-such-verb", "--json"});
+  const std::string message = run.json()["error"]["message"];
+  const std::string marker = "verbs: ";
+  const size_t from = message.find(marker);
+  EXPECT_NE(from, std::string::npos) << message;
+  std::string list = message.substr(from + marker.size());
+  list = list.substr(0, list.find(';'));
+  std::set<std::string> verbs;
+  std::istringstream words(list);
+  for (std::string verb; std::getline(words, verb, ',');) verbs.insert(verb.substr(verb.find_first_not_of(' ')));
+  return verbs;
+}
+
+// The tool's settings, and those that can be set.
+std::pair<std::set<std::string>, std::set<std::string>> toolSettings() {
+  std::set<std::string> all, settable;
+  const auto listed = runTool({"list", "--json"});
+  for (const auto &setting : listed.json()["settings"]) {
+    all.insert(setting["setting"].get<std::string>());
+    if (!setting["read_only"].get<bool>()) settable.insert(setting["setting"].get<std::string>());
+  }
+  return {all, settable};
+}
+
+// The lines of one section of the page (".SH NAME" to the next ".SH").
+std::vector<std::string> section(const std::string &page, const std::string &name) {
+  std::vector<std::string> lines;
+  std::istringstream in(page);
+  bool inside = false;
+  for (std::string line; std::getline(in, line);) {
+    if (line.starts_with(".SH ")) {
+      inside = line == ".SH " + name;
+      continue;
+    }
+    if (inside) lines.push_back(line);
+  }
+  return lines;
+}
+
+// The first word of each tagged paragraph's tag: ".TP" followed by ".B info" or ".BI set ...".
+std::set<std::string> tags(const std::vector<std::string> &lines) {
+  std::set<std::string> out;
+  for (size_t i = 0; i + 1 < lines.size(); ++i) {
+    if (lines[i] != ".TP") continue;
+    std::istringstream tag(lines[i + 1]);
+    std::string macro, word;
+    tag >> macro >> word;
+    // Roff writes a hyphen as "\-".
+    for (size_t at = word.find("\\-"); at != std::string::npos; at = word.find("\\-")) word.replace(at, 2, "-");
+    if (macro.starts_with(".B")) out.insert(word);
+  }
+  return out;
+}
+
+TEST(ManualPage, NamesEveryVerbSettingAndExitCode) {
+  const std::string page = readFile(MXRK7_MAN_PAGE);
+  ASSERT_FALSE(page.empty()) << MXRK7_MAN_PAGE;
+  EXPECT_TRUE(page.starts_with(".\\\"") || page.starts_with(".TH"));
+  EXPECT_NE(page.find(".TH MXRK7 1 "), std::string::npos);
+  EXPECT_EQ(page.find('@'), std::string::npos) << "a placeholder was left unfilled";
+
+  EXPECT_EQ(tags(section(page, "VERBS")), toolVerbs());
+  EXPECT_EQ(tags(section(page, "SETTINGS")), toolSettings().first);
+  EXPECT_EQ(tags(section(page, "EXIT STATUS")), (std::set<std::string>{"0", "1", "2", "3", "4", "5"}));
+  EXPECT_NE(page.find("systemctl \\-\\-user mask mxrk7\\-apply.service"), std::string::npos);
+}
+
+// Standard output and error of a shell command, and its exit status.
+std::pair<std::string, int> shell(const std::string &command) {
+  std::string out;
+  FILE *pipe = ::popen((command + " 2>&1").c_str(), "r");
+  if (!pipe) return {"popen failed", -1};
+  char buffer[512];
+  while (std::fgets(buffer, sizeof buffer, pipe)) out += buffer;
+  return {out, ::pclose(pipe)};
+}
+
+TEST(ManualPage, RendersWithoutWarnings) {
+  // Every warning on; -z formats without output, so only complaints are printed.
+  const auto [said, status] = shell(std::string("groff -man -Tutf8 -ww -z '") + MXRK7_MAN_PAGE + "'");
+  EXPECT_EQ(status, 0) << said;
+  EXPECT_EQ(said, "") << "groff complains";
+  // And what a reader sees (plain text: no bold or underline by overstriking) names the verbs.
+  const auto [text, rendered] = shell(std::string("groff -man -Tutf8 -P-cbou '") + MXRK7_MAN_PAGE + "'");
+  ASSERT_EQ(rendered, 0) << text;
+  for (const auto &verb : toolVerbs()) EXPECT_NE(text.find(verb), std::string::npos) << verb;
+}
+
+// Runs the completion function in bash for a command line whose last word is being completed.
+std::set<std::string> complete(const std::vector<std::string> &words) {
+  std::string array;
+  for (const auto &word : words) array += " '" + word + "'";
+  const std::string script = std::string("source '") + MXRK7_BASH_COMPLETION + "' && COMP_WORDS=(" + array +
+                             ") && COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _mxrk7 && printf '%s\\n' \"${COMPREPLY[@]}\"";
+  EnvGuard env;
+  env.set("MXRK7_COMPLETION_SCRIPT", script);
+  const auto [out, status] = shell("bash --norc --noprofile -c \"$MXRK7_COMPLETION_SCRIPT\"");
+  EXPECT_EQ(status, 0) << "bash failed for" << array << ":\n" << out;
+  std::set<std::string> offered;
+  std::istringstream lines(out);
+  for (std::string line; std::getline(lines, line);)
+    if (!line.empty()) offered.insert(line);
+  return offered;
+}
+
+TEST(BashCompletion, OffersTheToolsVerbsSettingsAndOptions) {
+  EXPECT_EQ(complete({"mxrk7", ""}), toolVerbs());
+  EXPECT_EQ(complete({"mxrk7", "--json", ""}), toolVerbs()) << "global options before the verb are skipped";
+  EXPECT_EQ(complete({"mxrk7", "do"}), (std::set<std::string>{"doctor"}));
+  const auto [all, settable] = toolSettings();
+  EXPECT_EQ(complete({"mxrk7", "get", ""}), all);
+  EXPECT_EQ(complete({"mxrk7", "set", ""}), settable);
+  EXPECT_EQ(complete({"mxrk7", "--config-home", "/tmp", "list", "fx-"}), (std::set<std::string>{"fx-filter"}));
+}
+
+TEST(BashCompletion, OffersArgumentsOptionsAndFiles) {
+  EXPECT_EQ(complete({"mxrk7", "set", "beat-fx", ""}), (std::set<std::string>{"A", "B", "temporary"}));
+  EXPECT_EQ(complete({"mxrk7", "set", "beat-fx", "A", ""}), (std::set<std::string>{"1", "2", "3", "4", "5", "6"}));
+  EXPECT_EQ(complete({"mxrk7", "get", "beat-fx", "A", "2", ""}), (std::set<std::string>{"type", "depth", "beat"}));
+  EXPECT_EQ(complete({"mxrk7", "set", "routing", ""}), (std::set<std::string>{"0", "1", "2", "3"}));
+  EXPECT_TRUE(complete({"mxrk7", "import", "--d"}).contains("--dry-run"));
+  EXPECT_TRUE(complete({"mxrk7", "apply", "--w"}).contains("--wait"));
+
+  ScratchDir dir;
+  dir.write("mine.json", "{}");
+  EXPECT_EQ(complete({"mxrk7", "export", dir.file("mi")}), (std::set<std::string>{dir.file("mine.json")}));
+  EXPECT_EQ(complete({"mxrk7", "import", dir.file("")}), (std::set<std::string>{dir.file("mine.json")}));
+  EXPECT_TRUE(complete({"mxrk7", "import", ""}).contains("-")) << "standard input";
+}
+
+}  // namespace
+}  // namespace nvx::test

@@ -1,0 +1,226 @@
+// export and import: the remembered settings as a JSON document, written out and read back in
+// through the library's setters.
+#include <NorvaneMXRK7Setup.h>
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+
+#include "mixer_report.h"
+#include "setting_values.h"
+#include "support/mixer_probe.h"
+#include "support/settings_document.h"
+#include "verbs.h"
+
+namespace mxrk7 {
+
+namespace {
+
+namespace support = nvx::support;
+
+struct TransferOptions {
+  std::string file;  // "-": standard output or input
+  bool dryRun = false;
+};
+
+bool isStdio(const std::string &file) { return file == "-"; }
+
+std::string displayName(const std::string &file) { return isStdio(file) ? "standard input" : file; }
+
+// --- export -------------------------------------------------------------------------------------
+
+nlohmann::json skippedJson(const Entry &entry) {
+  nlohmann::json skip = entryJson(entry);
+  skip["reason"] = fmt::format("the file holds {}, which is not a valid value", *entry.stored);
+  return skip;
+}
+
+void writeDocument(const std::string &file, const std::string &text) {
+  std::ofstream out(file, std::ios::binary | std::ios::trunc);
+  if (out) out << text;
+  if (out) out.close();
+  if (!out)
+    throw Failure(Exit::Failure, fmt::format("cannot write {}: {}", file, std::strerror(errno)), {{"path", file}});
+}
+
+Exit exportVerb(Context &context, const TransferOptions &options) {
+  const auto settings = StoredSettings::read();
+  if (settings.state() == StoredSettings::State::Unreadable)
+    throw Failure(Exit::Failure,
+                  fmt::format("the settings file {} cannot be read ({}); nothing was exported", settings.path(),
+                              settings.unreadableReason()),
+                  {{"file", fileJson(settings)}});
+  const auto exported = support::exportSettings(settings);
+  for (const auto &entry : exported.skipped)
+    context.out.note(fmt::format("left out {}: the settings file holds {}, which is not a valid value",
+                                 targetText(entryJson(entry)), *entry.stored));
+
+  if (isStdio(options.file)) {
+    // The document itself is the output (with --json as any JSON output, else laid out for people).
+    context.out.result(exported.document, support::documentText);
+    return Exit::Ok;
+  }
+  writeDocument(options.file, support::documentText(exported.document));
+  nlohmann::json skipped = nlohmann::json::array();
+  for (const auto &entry : exported.skipped) skipped.push_back(skippedJson(entry));
+  const nlohmann::json doc = {{"path", options.file},
+                              {"file", fileJson(settings)},
+                              {"exported", exported.document.at("settings").size()},
+                              {"skipped", skipped}};
+  context.out.result(doc, [](const nlohmann::json &d) {
+    const auto count = d.at("exported").get<size_t>();
+    return fmt::format("Exported {} setting{} from {} to {}.", count, count == 1 ? "" : "s",
+                       d.at("file").at("path").get<std::string>(), d.at("path").get<std::string>());
+  });
+  return Exit::Ok;
+}
+
+// --- import -------------------------------------------------------------------------------------
+
+std::string readDocument(const std::string &file) {
+  if (isStdio(file)) return {std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
+  std::ifstream in(file, std::ios::binary);
+  if (!in) throw Failure(Exit::Failure, fmt::format("cannot read {}: {}", file, std::strerror(errno)), {{"path", file}});
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+nlohmann::json parseDocument(const std::string &file, const std::string &text) {
+  try {
+    return nlohmann::json::parse(text);
+  } catch (const nlohmann::json::parse_error &error) {
+    // "[json.exception.parse_error.101] parse error at line 2, column 3: ..." without its tag.
+    std::string what = error.what();
+    if (const auto tag = what.find("] "); what.starts_with("[json.exception") && tag != std::string::npos)
+      what.erase(0, tag + 2);
+    throw Failure(Exit::Usage, fmt::format("{} is not a JSON document ({}); nothing was changed", displayName(file), what),
+                  {{"path", file}});
+  }
+}
+
+nlohmann::json problemsJson(const support::ImportError &error) {
+  nlohmann::json problems = nlohmann::json::array();
+  for (const auto &problem : error.problems)
+    problems.push_back({{"entry", problem.entry ? nlohmann::json(*problem.entry) : nlohmann::json(nullptr)},
+                        {"target", problem.target.empty() ? nlohmann::json(nullptr) : nlohmann::json(problem.target)},
+                        {"message", problem.message}});
+  return problems;
+}
+
+nlohmann::json changeJson(const support::Change &change) {
+  const auto &assignment = change.assignment;
+  const nlohmann::json before = entryJson(change.before);
+  return {{"setting", assignment.setting->name},
+          {"args", argsJson(*assignment.setting, assignment.args)},
+          {"fields", fieldsJson(*assignment.setting, assignment.args, assignment.values)},
+          {"change", support::changeKindName(change.kind)},
+          {"before", {{"source", before.at("source")}, {"stored", before.at("stored")}, {"fields", before.at("fields")}}},
+          {"result", nullptr},
+          {"warning", nullptr}};
+}
+
+std::string changeLine(const nlohmann::json &change) {
+  const std::string kind = change.at("change").get<std::string>();
+  std::string what = kind;
+  if (kind == "changed") what += " (was " + valueText(change.at("before").at("fields")) + ")";
+  if (change.at("result") == "refused") what += "; refused by the library";
+  return fmt::format("{:<26} {:<34} {}", targetText(change), valueText(change.at("fields")), what);
+}
+
+std::string importText(const nlohmann::json &doc) {
+  std::string text;
+  size_t counts[3] = {0, 0, 0};
+  for (const auto &change : doc.at("changes")) {
+    text += changeLine(change) + "\n";
+    const auto kind = change.at("change").get<std::string>();
+    ++counts[kind == "added" ? 0 : kind == "changed" ? 1 : 2];
+    if (change.at("warning").is_string())
+      text += fmt::format("  Warning: {}\n", change.at("warning").get<std::string>());
+  }
+  const size_t total = doc.at("changes").size();
+  if (total == 0) return fmt::format("Nothing to import: {} holds no setting.\n", displayName(doc.at("path")));
+  const std::string tally = fmt::format("{} added, {} changed, {} unchanged", counts[0], counts[1], counts[2]);
+  if (doc.at("dry_run").get<bool>())
+    text += fmt::format("Would import {} setting{} from {} ({}); nothing was changed (--dry-run).\n", total,
+                        total == 1 ? "" : "s", displayName(doc.at("path")), tally);
+  else
+    text += fmt::format("Imported {} setting{} from {} ({}): {}.\n", total, total == 1 ? "" : "s",
+                        displayName(doc.at("path")), tally, deliveryText(doc.at("mixers")));
+  return text;
+}
+
+Exit importVerb(Context &context, const TransferOptions &options) {
+  const nlohmann::json document = parseDocument(options.file, readDocument(options.file));
+  const auto checked = support::planImport(document);
+  if (const auto *error = std::get_if<support::ImportError>(&checked))
+    throw Failure(Exit::Usage,
+                  fmt::format("{} cannot be imported; nothing was changed:\n{}", displayName(options.file), error->text()),
+                  {{"path", options.file}, {"problems", problemsJson(*error)}});
+  const auto &plan = std::get<support::Plan>(checked);
+
+  const auto settings = StoredSettings::read();
+  nlohmann::json changes = nlohmann::json::array();
+  for (const auto &change : support::describe(plan, settings)) changes.push_back(changeJson(change));
+  nlohmann::json doc = {{"path", options.file},
+                        {"dry_run", options.dryRun},
+                        {"file", fileJson(settings)},
+                        {"mixers", nullptr},
+                        {"changes", std::move(changes)}};
+  if (options.dryRun || plan.assignments.empty()) {
+    context.out.result(doc, importText);
+    return Exit::Ok;
+  }
+  if (settings.state() == StoredSettings::State::Unreadable)
+    context.out.note(fmt::format("the settings file {} cannot be read ({}): the import replaces it, and the library "
+                                 "keeps its old bytes as {}.bak",
+                                 settings.path(), settings.unreadableReason(), settings.path()));
+
+  const auto bus = support::probeMixers(support::Probe::AccessOnly);
+  const auto applied = support::applyImport(plan);
+  doc["mixers"] = mixerCountsJson(bus);
+  for (size_t i = 0; i < applied.applied.size(); ++i) {
+    const auto &written = applied.applied[i].written;
+    auto &change = doc["changes"][i];
+    change["result"] = written.result == NVX_OK ? "ok" : written.result == NVX_WARNING ? "warning" : "refused";
+    if (written.warning) change["warning"] = *written.warning;
+  }
+  context.out.result(doc, importText);
+  if (applied.refused() != 0) return Exit::Refused;
+  // Stored either way; but a mixer that is there and could not be reached did not get it.
+  return accessOutcome(bus) == Exit::NoAccess ? Exit::NoAccess : Exit::Ok;
+}
+
+CLI::App *addTransferVerb(VerbRegistry &verbs, const std::string &name, const std::string &description,
+                          const std::vector<std::string> &examples, const std::string &fileHelp,
+                          Exit (*run)(Context &, const TransferOptions &), std::shared_ptr<TransferOptions> options) {
+  CLI::App *verb = verbs.add(name, description, examples, [options, run](Context &context) { return run(context, *options); });
+  verb->add_option("FILE", options->file, fileHelp)->required();
+  return verb;
+}
+
+}  // namespace
+
+void addTransferVerbs(VerbRegistry &verbs) {
+  addTransferVerb(verbs, "export",
+                  "Write every remembered setting to FILE as a JSON document (- for standard output), to keep, "
+                  "edit, or load on another computer with mxrk7 import.",
+                  {"mxrk7 export my-settings.json", "mxrk7 export - | less", "mxrk7 --virtual export demo.json"},
+                  "The document to write; - for standard output", exportVerb, std::make_shared<TransferOptions>());
+  auto importOptions = std::make_shared<TransferOptions>();
+  CLI::App *import = addTransferVerb(
+      verbs, "import",
+      "Check a document written by mxrk7 export (- for standard input), then set every setting it holds on "
+      "every mixer and remember it. When one entry is wrong nothing is changed, and the message names it.",
+      {"mxrk7 import my-settings.json --dry-run", "mxrk7 import my-settings.json", "ssh laptop mxrk7 export - | mxrk7 import -"},
+      "The document to read; - for standard input", importVerb, importOptions);
+  import->add_flag("--dry-run", importOptions->dryRun,
+                   "Only show what would change, compared with the settings file now; nothing is sent or stored");
+}
+
+}  // namespace mxrk7
