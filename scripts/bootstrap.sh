@@ -12,7 +12,11 @@ packages=(
   umockdev libumockdev-dev
   dbus dbus-daemon                       # dbus-run-session for notification tests
   util-linux                             # setpriv for permission tests
+  groff-base                             # renders the manual page in the tool's tests
   valgrind
+  libgtkmm-4.0-dev libadwaita-1-dev       # the setup application
+  xvfb xauth                             # its tests and screenshots on a virtual X server
+  desktop-file-utils appstream           # checks of its desktop entry and AppStream metadata
 )
 
 missing=()

@@ -1,0 +1,58 @@
+// The built program itself: it starts on the virtual mixers, draws every page and ends cleanly.
+#include <glibmm.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "support/scratch_dir.h"
+#include "support/settings_file.h"
+#include "support/virtual_bus.h"
+
+namespace nvx::test {
+namespace {
+
+bool isPng(const std::string &path) {
+  std::ifstream in(path, std::ios::binary);
+  char magic[8] = {};
+  in.read(magic, sizeof magic);
+  return in && std::string(magic, 8) == std::string("\x89PNG\r\n\x1a\n", 8);
+}
+
+int runApp(const std::vector<std::string> &args, std::string &output) {
+  std::vector<std::string> argv = {MXRK7_SETUP_APP};
+  argv.insert(argv.end(), args.begin(), args.end());
+  std::string out, err;
+  int status = -1;
+  Glib::spawn_sync("", argv, Glib::SpawnFlags::DEFAULT, {}, &out, &err, &status);
+  output = out + err;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+TEST(SetupApplication, StartsOnTheDemoMixersAndDrawsEveryPage) {
+  ScratchDir shots;
+  ScratchDir state;
+  EnvGuard env;
+  env.set("MXRK7_VIRTUAL_MIXERS", std::nullopt);  // --virtual picks the demo mixers it installs
+  env.set("XDG_STATE_HOME", state.path());
+  std::string output;
+  ASSERT_EQ(runApp({"--virtual", "--screenshots", shots.path()}, output), 0) << output;
+  for (const std::string page : {"mixer", "routing", "boost", "fx", "play"}) {
+    const std::string path = shots.file(page + ".png");
+    EXPECT_TRUE(isPng(path)) << path << "\n" << output;
+    EXPECT_GT(std::filesystem::file_size(path), 5000u) << path;
+  }
+  // The demo keeps its settings apart: nothing was written to the real config folder.
+  EXPECT_FALSE(std::filesystem::exists(state.path() + "/mxrk7/demo/com.norvane.MXR-K7autosetup.plist"));
+}
+
+TEST(SetupApplication, RefusesAnUnknownOption) {
+  std::string output;
+  EXPECT_EQ(runApp({"--no-such-option"}, output), 1);
+  EXPECT_NE(output.find("unknown option --no-such-option"), std::string::npos) << output;
+}
+
+}  // namespace
+}  // namespace nvx::test
