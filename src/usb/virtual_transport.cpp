@@ -1,6 +1,7 @@
 // Virtual mixers for demos and tests. The bus holds only the mixers of the config file, which is read
-// afresh at every enumeration so a test or demo can plug and unplug mixers between calls. Every event
-// is appended to the config's request log, one line per event in a single write.
+// afresh by every exported call (at its first enumeration) so a test or demo can plug and unplug
+// mixers between calls. Every event is appended to the config's request log, one line per event in a
+// single write.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -137,7 +138,13 @@ class VirtualTransport final : public Transport, public std::enable_shared_from_
   explicit VirtualTransport(std::string configPath) : configPath_(std::move(configPath)) {}
 
   std::vector<DeviceEntry> enumerate() override {
-    config_ = loadVirtualConfig(configPath_).value_or(VirtualConfig{});
+    // A transport serves one exported call (see CallScope): the file is read at its first walk of
+    // the bus, and the device loop's later walks in the same call (one per mixer) use what was read.
+    // Reading it each time cost a parse of the whole file per mixer, quadratic in the mixers.
+    if (!loaded_) {
+      config_ = loadVirtualConfig(configPath_).value_or(VirtualConfig{});
+      loaded_ = true;
+    }
     const MixerId id = mixerId();
     std::vector<DeviceEntry> entries;
     for (size_t n = 0; n < config_.mixers.size(); ++n) {
@@ -162,6 +169,7 @@ class VirtualTransport final : public Transport, public std::enable_shared_from_
  private:
   std::string configPath_;
   VirtualConfig config_;
+  bool loaded_ = false;
 };
 
 }  // namespace
