@@ -10,7 +10,8 @@ cmake --preset dev
 cmake --build --preset dev -j "$jobs"
 ctest --preset dev
 
-# Optimised build: install, consumer and package checks.
+# Optimised build: install, consumer and package checks; the API tests under valgrind; the crash
+# and concurrency stress tests; a smoke run of the benchmarks (built here, measured by scripts/bench.sh).
 cmake --preset release
 cmake --build --preset release -j "$jobs"
 ctest --preset release -L release

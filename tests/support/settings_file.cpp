@@ -1,5 +1,7 @@
 #include "support/settings_file.h"
 
+#include "support/plist_integers.h"
+
 #include <gtest/gtest.h>
 #include <plist/plist.h>
 
@@ -14,32 +16,10 @@ std::string SettingsHome::filePath() const { return dir_.file("com.norvane.MXR-K
 bool SettingsHome::exists() const { return std::filesystem::exists(filePath()); }
 
 std::map<std::string, int64_t> SettingsHome::integers() const {
-  std::map<std::string, int64_t> values;
   const std::string bytes = readFile(filePath());
-  plist_t root = nullptr;
-  plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
-  EXPECT_TRUE(root && plist_get_node_type(root) == PLIST_DICT) << "not a dictionary property list:\n" << bytes;
-  if (!root || plist_get_node_type(root) != PLIST_DICT) {
-    if (root) plist_free(root);
-    return values;
-  }
-  plist_dict_iter it = nullptr;
-  plist_dict_new_iter(root, &it);
-  for (;;) {
-    char *key = nullptr;
-    plist_t node = nullptr;
-    plist_dict_next_item(root, it, &key, &node);
-    if (!key) break;
-    if (plist_get_node_type(node) == PLIST_UINT) {
-      uint64_t raw = 0;
-      plist_get_uint_val(node, &raw);
-      values[key] = static_cast<int64_t>(raw);
-    }
-    free(key);
-  }
-  free(it);
-  plist_free(root);
-  return values;
+  auto values = plistIntegers(bytes);
+  EXPECT_TRUE(values.has_value()) << "not a dictionary property list:\n" << bytes;
+  return values.value_or(std::map<std::string, int64_t>{});
 }
 
 std::optional<int64_t> SettingsHome::value(const std::string &key) const {
