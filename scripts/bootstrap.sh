@@ -12,6 +12,7 @@ packages=(
   umockdev libumockdev-dev
   dbus dbus-daemon                       # dbus-run-session for notification tests
   util-linux                             # setpriv for permission tests
+  systemd                                # systemd-analyze verify of the user unit
   groff-base                             # renders the manual page in the tool's tests
   valgrind
   libgtkmm-4.0-dev libadwaita-1-dev       # the setup application
