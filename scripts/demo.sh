@@ -12,5 +12,3 @@ echo
 build/release/bin/mxrk7 --virtual show
 echo
 echo "The setup application on the same virtual mixers: build/release/bin/mxrk7-setup --virtual"
-echo
-echo "The setup application on the same virtual mixers: build/release/bin/mxrk7-setup --virtual"
