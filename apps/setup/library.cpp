@@ -25,39 +25,30 @@ std::vector<std::string> menu(CountFn count, TextFn text) {
 
 std::optional<std::string> version(int32_t (*read)(int32_t, const char **)) {
   const char *text = nullptr;
-  if (read(product(), &text) != NVX_OK || !text) return std::nullopt;
+  if (read(productId(), &text) != NVX_OK || !text) return std::nullopt;
   return std::string(text);
 }
 
 }  // namespace
 
-int32_t product() {
-  static const int32_t id = [] {
-    int32_t value = 0;
-    NVX_GetProductId("MXR-K7 Setup", &value);
-    return value;
-  }();
-  return id;
-}
-
 std::vector<std::string> routingMenu(int32_t channel) {
-  return menu([&](uint32_t *n) { return NVX_GetNumOfInputAudioIndex(product(), channel, n); },
-              [&](uint32_t i, const char **t) { return NVX_GetUSBInputAudioText(product(), channel, i, 0, t); });
+  return menu([&](uint32_t *n) { return NVX_GetNumOfInputAudioIndex(productId(), channel, n); },
+              [&](uint32_t i, const char **t) { return NVX_GetUSBInputAudioText(productId(), channel, i, 0, t); });
 }
 
 std::vector<std::string> boostMenu() {
-  return menu([](uint32_t *n) { return NVX_GetNumOfBoostLevelIndex(product(), n); },
-              [](uint32_t i, const char **t) { return NVX_GetBoostLevelText(product(), i, 0, t); });
+  return menu([](uint32_t *n) { return NVX_GetNumOfBoostLevelIndex(productId(), n); },
+              [](uint32_t i, const char **t) { return NVX_GetBoostLevelText(productId(), i, 0, t); });
 }
 
 std::vector<std::string> filterModeMenu() {
-  return menu([](uint32_t *n) { return NVX_GetNumOfFXBANKFILTERModeIndex(product(), n); },
-              [](uint32_t i, const char **t) { return NVX_GetFXBANKFILTERModeText(product(), i, 0, t); });
+  return menu([](uint32_t *n) { return NVX_GetNumOfFXBANKFILTERModeIndex(productId(), n); },
+              [](uint32_t i, const char **t) { return NVX_GetFXBANKFILTERModeText(productId(), i, 0, t); });
 }
 
 std::vector<std::string> beatEffectMenu() {
-  return menu([](uint32_t *n) { return NVX_GetNumOfFXBANKBEATEFFECTModeIndex(product(), 0, n); },
-              [](uint32_t i, const char **t) { return NVX_GetFXBANKBEATEFFECTModeText(product(), 0, i, 0, t); });
+  return menu([](uint32_t *n) { return NVX_GetNumOfFXBANKBEATEFFECTModeIndex(productId(), 0, n); },
+              [](uint32_t i, const char **t) { return NVX_GetFXBANKBEATEFFECTModeText(productId(), 0, i, 0, t); });
 }
 
 std::vector<std::string> channelFaderMenu() {
@@ -68,8 +59,8 @@ std::vector<std::string> channelFaderMenu() {
 }
 
 std::vector<std::string> crossfaderModeMenu() {
-  return menu([](uint32_t *n) { return NVX_GetNumOfCROSSFADERModeIndex(product(), n); },
-              [](uint32_t i, const char **t) { return NVX_GetCROSSFADERModeText(product(), i, 0, t); });
+  return menu([](uint32_t *n) { return NVX_GetNumOfCROSSFADERModeIndex(productId(), n); },
+              [](uint32_t i, const char **t) { return NVX_GetCROSSFADERModeText(productId(), i, 0, t); });
 }
 
 std::optional<std::string> libraryVersion() { return version(NVX_GetLibraryVersionText); }
@@ -78,7 +69,7 @@ std::optional<std::string> setupVersion() { return version(NVX_GetUtilityVersion
 
 std::string routingWarning(int32_t channel, int32_t result) {
   const char *text = nullptr;
-  if (NVX_GetWarningTextForSetUSBAudioInput(product(), channel, result, 99, &text) == NVX_OK && text && *text)
+  if (NVX_GetWarningTextForSetUSBAudioInput(productId(), channel, result, 99, &text) == NVX_OK && text && *text)
     return text;
   return "The mixer's input selector for this channel does not match the chosen signal.";
 }

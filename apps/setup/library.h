@@ -7,10 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "support/product.h"
+
 namespace mxrk7setup::lib {
 
-// The product number the library gives for this application's product name.
-int32_t product();
+// The product number, asked of the library once (shared with the tool).
+using nvx::support::productId;
 
 // USB audio channels, FX banks, beat FX positions as the library numbers them.
 inline constexpr int32_t kChannels = 5;

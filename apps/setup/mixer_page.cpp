@@ -152,7 +152,7 @@ void MixerPage::refresh() {
   const auto bus = nvx::support::probeMixers(nvx::support::Probe::AccessOnly);
   count_ = static_cast<uint32_t>(bus.mixers.size());
   const size_t usable = bus.accessible();
-  const bool connected = NVX_IsUSBConnection(lib::product()) == NVX_CONNECTED;
+  const bool connected = NVX_IsUSBConnection(lib::productId()) == NVX_CONNECTED;
 
   // Which problem stands in the way when no mixer opened.
   Problem problem = Problem::None;
@@ -192,7 +192,7 @@ void MixerPage::refresh() {
   // one that opened. Outputs are preset so "no answer" can be told apart.
   constexpr const char *kNoAnswer = "-";
   int32_t firmware = -1;
-  if (problem == Problem::None && NVX_GetFirmwareVersionIndex(lib::product(), &firmware) == NVX_OK &&
+  if (problem == Problem::None && NVX_GetFirmwareVersionIndex(lib::productId(), &firmware) == NVX_OK &&
       firmware != -1) {
     const std::array<uint8_t, 2> bytes = {static_cast<uint8_t>(firmware & 0xFF),
                                           static_cast<uint8_t>((firmware >> 8) & 0xFF)};
@@ -204,13 +204,13 @@ void MixerPage::refresh() {
   for (int32_t selector = 1; selector <= 4; ++selector) {
     int32_t position = -1;
     const bool read = problem == Problem::None &&
-                      NVX_GetMixerInputSelectorStatus(lib::product(), selector, &position) == NVX_OK && position >= 0;
+                      NVX_GetMixerInputSelectorStatus(lib::productId(), selector, &position) == NVX_OK && position >= 0;
     selectors += (selector > 1 ? "   " : "") + std::to_string(selector) + ": " +
                  (read ? std::to_string(position) : std::string(kNoAnswer));
   }
   selectors_.set_text(selectors);
   int32_t serato = -1;
-  if (problem == Problem::None && NVX_GetMixerSeratoActiveStatus(lib::product(), &serato) == NVX_OK && serato >= 0)
+  if (problem == Problem::None && NVX_GetMixerSeratoActiveStatus(lib::productId(), &serato) == NVX_OK && serato >= 0)
     serato_.set_text(serato == 1 ? "active" : "not active");
   else serato_.set_text(kNoAnswer);
 

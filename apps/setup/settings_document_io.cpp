@@ -31,9 +31,8 @@ std::variant<Plan, std::string> readPlan(const std::string &path) {
 }
 
 std::string describeAssignment(const Assignment &assignment) {
-  const nlohmann::json target = {{"setting", assignment.setting->name},
-                                 {"args", argsJson(*assignment.setting, assignment.args)}};
-  return targetText(target) + ": " + valueText(fieldsJson(*assignment.setting, assignment.args, assignment.values));
+  return targetOf(*assignment.setting, assignment.args) + ": " +
+         valueText(fieldsJson(*assignment.setting, assignment.args, assignment.values));
 }
 
 }  // namespace

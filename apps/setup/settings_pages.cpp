@@ -6,13 +6,14 @@
 #include <memory>
 
 #include "library.h"
+#include "support/setting_table.h"
 #include "support/stored_settings.h"
 
 namespace mxrk7setup {
 
 namespace {
 
-using lib::product;
+using lib::productId;
 using Reader = Controls::Reader;
 
 constexpr std::array<const char *, 3> kItemNames = {"type", "depth", "beat"};
@@ -82,20 +83,19 @@ Gtk::Label *section(const std::string &title) {
 Reader plainGetter(int32_t (*getter)(int32_t, uint32_t *), uint32_t preset) {
   return [getter, preset]() -> std::optional<uint32_t> {
     uint32_t value = preset;
-    if (getter(product(), &value) != NVX_OK) return std::nullopt;
+    if (getter(productId(), &value) != NVX_OK) return std::nullopt;
     return value;
   };
 }
 
-// The channel-fader mode of a bank as the settings file holds it: the library has no getter. Bank A
-// has its own word; bank B and the temporary bank share one, which names the bank set last.
+// The channel-fader mode of a bank as the settings file holds it: the library has no getter, so it
+// is read as the tool reads it (bank B and the temporary bank share one word, which names the bank
+// set last).
 std::optional<uint32_t> storedChannelFader(uint32_t bank) {
-  const auto file = nvx::support::StoredSettings::read();
-  const auto word = file.integer(nvx::keys::kChannelFaderKeys[bank == 0 ? 0 : 1]);
-  if (!word) return std::nullopt;
-  const auto value = static_cast<uint32_t>(*word);
-  if (((value >> 12) & 0xF) != bank) return std::nullopt;
-  return value & 0xFFF;
+  static const nvx::support::Setting &setting = *nvx::support::findSetting("channel-fader");
+  const auto values = setting.read({bank}, nvx::support::StoredSettings::read());
+  if (!values) return std::nullopt;
+  return values->front();
 }
 
 }  // namespace
@@ -120,11 +120,11 @@ Gtk::Widget *makeRoutingPage(Controls &controls, const PageEvents &events) {
         routingId(channel), name, lib::routingMenu(channel),
         [channel]() -> std::optional<uint32_t> {
           uint32_t index = 0;
-          if (NVX_GetCurrentUSBInputAudioIndex(product(), channel, &index) != NVX_OK) return std::nullopt;
+          if (NVX_GetCurrentUSBInputAudioIndex(productId(), channel, &index) != NVX_OK) return std::nullopt;
           return index;
         },
         [channel, report = events.routingResult](uint32_t index) {
-          report(channel, NVX_SetUSBInputAudio(product(), channel, index));
+          report(channel, NVX_SetUSBInputAudio(productId(), channel, index));
         });
     std::string note;
     if (channel == lib::kFixedChannel) {
@@ -146,10 +146,10 @@ Gtk::Widget *makeBoostPage(Controls &controls, const PageEvents &events) {
       kBoostId, "Output boost level", lib::boostMenu(),
       []() -> std::optional<uint32_t> {
         uint32_t index = 0;
-        if (NVX_GetCurrentBoostLevelIndex(product(), &index) != NVX_OK) return std::nullopt;
+        if (NVX_GetCurrentBoostLevelIndex(productId(), &index) != NVX_OK) return std::nullopt;
         return index;
       },
-      [report = events.written](uint32_t index) { report("Output boost", NVX_SetBoostLevelIndex(product(), index)); });
+      [report = events.written](uint32_t index) { report("Output boost", NVX_SetBoostLevelIndex(productId(), index)); });
   row(*g, 0, "Output _boost level", *menu);
   p.box->append(*g);
   return p.scroller;
@@ -175,11 +175,11 @@ Gtk::Widget *makeFxPage(Controls &controls, const PageEvents &events) {
     auto *filter = grid();
     auto readFilter = [bank]() -> std::pair<std::optional<uint32_t>, std::optional<uint32_t>> {
       uint32_t mode = UINT32_MAX, param = UINT32_MAX;
-      if (NVX_GetFXBANKFILTERModeIndex(product(), bank, &mode, &param) != NVX_OK || mode == UINT32_MAX) return {};
+      if (NVX_GetFXBANKFILTERModeIndex(productId(), bank, &mode, &param) != NVX_OK || mode == UINT32_MAX) return {};
       return {mode, param};
     };
     auto writeFilter = [bank, report = events.written, bankName](uint32_t mode, uint32_t param) {
-      report(bankName + " filter", NVX_SetFXBANKFILTERModeIndex(product(), bank, mode, param));
+      report(bankName + " filter", NVX_SetFXBANKFILTERModeIndex(productId(), bank, mode, param));
     };
     auto paramSpin = std::make_shared<Gtk::SpinButton *>(nullptr);  // made right after the mode
     auto *mode = controls.menu(
@@ -216,14 +216,14 @@ Gtk::Widget *makeFxPage(Controls &controls, const PageEvents &events) {
       auto read = [bank, position](uint32_t item) {
         return [bank, position, item]() -> std::optional<uint32_t> {
           uint32_t value = UINT32_MAX;
-          if (NVX_GetFXBANKBFXModeIndex(product(), bank, position, item, &value) != NVX_OK || value == UINT32_MAX)
+          if (NVX_GetFXBANKBFXModeIndex(productId(), bank, position, item, &value) != NVX_OK || value == UINT32_MAX)
             return std::nullopt;
           return value;
         };
       };
       auto write = [bank, position, report = events.written, where](uint32_t item) {
         return [bank, position, item, report, where](uint32_t value) {
-          report(where, NVX_SetFXBANKBFXModeIndex(product(), bank, position, item, value));
+          report(where, NVX_SetFXBANKBFXModeIndex(productId(), bank, position, item, value));
         };
       };
       auto *label = Gtk::make_managed<Gtk::Label>(std::to_string(position + 1) + " (" + positionName + ")");
@@ -244,17 +244,17 @@ Gtk::Widget *makeFxPage(Controls &controls, const PageEvents &events) {
     auto *fader = controls.menu(
         channelFaderId(bank), bankName + " channel fader mode", faderModes, [bank] { return storedChannelFader(bank); },
         [bank, report = events.written, bankName](uint32_t value) {
-          report(bankName + " channel fader", NVX_SetFXBANKCHFADERModeIndex(product(), bank, value));
+          report(bankName + " channel fader", NVX_SetFXBANKCHFADERModeIndex(productId(), bank, value));
         });
     auto *tail = controls.toggle(
         tailId(bank), bankName + " beat FX tail",
         [bank]() -> std::optional<uint32_t> {
           uint32_t value = 0;
-          if (NVX_GetFXBANKBFXTAILIndex(product(), bank, &value) != NVX_OK) return std::nullopt;
+          if (NVX_GetFXBANKBFXTAILIndex(productId(), bank, &value) != NVX_OK) return std::nullopt;
           return value;
         },
         [bank, report = events.written, bankName](uint32_t value) {
-          report(bankName + " beat FX tail", NVX_SetFXBANKBFXTAILIndex(product(), bank, value));
+          report(bankName + " beat FX tail", NVX_SetFXBANKBFXTAILIndex(productId(), bank, value));
         });
     row(*other, 0, "_Channel fader mode", *fader,
         bank == 0 ? std::string()
@@ -296,14 +296,14 @@ Gtk::Widget *makePlayPage(Controls &controls, const PageEvents &events) {
   for (const auto &play : plays) {
     auto *spin = controls.number(play.id, play.label, play.max, plainGetter(play.get, 0),
                                  [set = play.set, report = events.written, label = std::string(play.label)](uint32_t v) {
-                                   report(label, set(product(), v));
+                                   report(label, set(productId(), v));
                                  });
     row(*g, r++, play.mnemonic, *spin, "0-" + std::to_string(play.max));
   }
   const auto modes = lib::crossfaderModeMenu();
   auto *mode = controls.text("crossfader-mode", "Crossfader mode", [modes] {
     uint32_t index = 0;
-    if (NVX_GetCurrentCROSSFADERModeIndex(product(), &index) != NVX_OK) return std::string("-");
+    if (NVX_GetCurrentCROSSFADERModeIndex(productId(), &index) != NVX_OK) return std::string("-");
     return index < modes.size() ? modes[index] : "mode " + std::to_string(index);
   });
   auto *modeLabel = Gtk::make_managed<Gtk::Label>("Crossfader mode");

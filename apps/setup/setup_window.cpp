@@ -132,8 +132,8 @@ SetupWindow::SetupWindow() {
 
   // A change made elsewhere: routing and boost arrive through the library's callbacks; the
   // other settings are read again whenever the window becomes active.
-  NVX_RegisterInputAudioChangedCallback(lib::product(), onInputAudioChanged, this);
-  NVX_RegisterBoostLevelChangedCallback(lib::product(), onBoostLevelChanged, this);
+  NVX_RegisterInputAudioChangedCallback(lib::productId(), onInputAudioChanged, this);
+  NVX_RegisterBoostLevelChangedCallback(lib::productId(), onBoostLevelChanged, this);
   controls_.onWritten([this](const std::string &) { controls_.reloadAll(); });
   property_is_active().signal_changed().connect([this] {
     if (is_active()) controls_.reloadAll();
@@ -153,8 +153,8 @@ SetupWindow::SetupWindow() {
 
 SetupWindow::~SetupWindow() {
   poll_.disconnect();
-  NVX_UnregisterInputAudioChangedCallback(lib::product());
-  NVX_UnregisterBoostLevelChangedCallback(lib::product());
+  NVX_UnregisterInputAudioChangedCallback(lib::productId());
+  NVX_UnregisterBoostLevelChangedCallback(lib::productId());
 }
 
 void SetupWindow::showPage(const std::string &name) {

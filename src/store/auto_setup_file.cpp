@@ -22,6 +22,8 @@
 #include <thread>
 #include <vector>
 
+#include "store/file_paths.h"
+
 namespace nvx::store {
 
 namespace {
@@ -35,9 +37,6 @@ constexpr auto kLockWait = std::chrono::seconds(10);
 constexpr auto kLockFirstPause = std::chrono::milliseconds(1);
 // Short, so that the lock does not lie idle long between a release and the next waiter's poll.
 constexpr auto kLockLongestPause = std::chrono::milliseconds(2);
-
-// Symbolic links followed before giving up, as the kernel does (ELOOP).
-constexpr int kMaxSymlinkHops = 40;
 
 class Fd {
  public:
@@ -59,13 +58,6 @@ class Fd {
  private:
   int fd_;
 };
-
-std::string parentOf(const std::string &path) {
-  const size_t slash = path.find_last_of('/');
-  if (slash == std::string::npos) return ".";
-  if (slash == 0) return "/";
-  return path.substr(0, slash);
-}
 
 bool writeAll(int fd, const char *data, size_t size) {
   while (size > 0) {
@@ -175,31 +167,6 @@ class UpdateLock {
   Fd fd_;
   bool held_ = false;
 };
-
-// Follows symbolic links from `path` to the file they finally name, which need not exist yet.
-// nullopt on a loop or an unreadable link.
-std::optional<std::string> realFileOf(const std::string &path) {
-  std::string current = path;
-  for (int hop = 0; hop <= kMaxSymlinkHops; ++hop) {
-    struct stat info {};
-    if (::lstat(current.c_str(), &info) != 0) {
-      if (errno == ENOENT) return current;
-      return std::nullopt;
-    }
-    if (!S_ISLNK(info.st_mode)) return current;
-    std::vector<char> target(static_cast<size_t>(info.st_size > 0 ? info.st_size : 255) + 1);
-    ssize_t length;
-    for (;;) {
-      length = ::readlink(current.c_str(), target.data(), target.size());
-      if (length < 0) return std::nullopt;
-      if (static_cast<size_t>(length) < target.size()) break;
-      target.resize(target.size() * 2);
-    }
-    std::string next(target.data(), static_cast<size_t>(length));
-    current = next.starts_with('/') ? next : parentOf(current) + "/" + next;
-  }
-  return std::nullopt;
-}
 
 bool isTempName(std::string_view name) {
   if (name.size() != kTempPrefix.size() + kTempSuffixLength || !name.starts_with(kTempPrefix)) return false;

@@ -37,10 +37,11 @@ std::string loadedObjectFile() {
 
 }  // namespace
 
-std::string dataRoot() {
+std::string dataRoot() { return dataRootFor(loadedObjectFile()); }
+
+std::string dataRootFor(const std::string &file) {
   const char *sysroot = std::getenv("MXRK7_SYSROOT");
   if (sysroot && sysroot[0] != '\0') return sysroot;
-  const std::string file = loadedObjectFile();
   const size_t slash = file.find_last_of('/');
   if (slash == std::string::npos) return "../share/mxrk7";
   // Not normalised by text: ".." after a symbolically linked folder must go where the kernel goes.

@@ -8,6 +8,9 @@ namespace nvx::store {
 
 std::string dataRoot();
 
+// The same rule for a library at `objectFile`: $MXRK7_SYSROOT, else <its folder>/../share/mxrk7.
+std::string dataRootFor(const std::string &objectFile);
+
 // Fixed paths below the data root.
 std::string driverInfoPlistPath();
 std::string utilityInfoPlistPath();

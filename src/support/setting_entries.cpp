@@ -44,6 +44,18 @@ std::vector<Args> instances(const Setting &setting, const Args &prefix) {
   return all;
 }
 
+std::vector<Entry> settableEntries(const StoredSettings &file) {
+  std::vector<Entry> entries;
+  for (const auto &setting : settingTable()) {
+    if (setting.readOnly()) continue;  // read from another setting's number
+    for (const auto &args : instances(setting)) {
+      if (setting.refuseSet && setting.refuseSet(args)) continue;  // the library reads it, never writes it
+      entries.push_back(evaluate(setting, args, file));
+    }
+  }
+  return entries;
+}
+
 std::string sourceName(Source source) {
   switch (source) {
     case Source::File:
@@ -105,6 +117,10 @@ std::string targetText(const nlohmann::json &entry) {
     }
   }
   return text;
+}
+
+std::string targetOf(const Setting &setting, const Args &args) {
+  return targetText({{"setting", setting.name}, {"args", argsJson(setting, args)}});
 }
 
 std::string valueText(const nlohmann::json &fields) {

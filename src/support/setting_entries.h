@@ -38,6 +38,11 @@ bool valuesValid(const Setting &setting, const Args &args, const Values &values)
 // Every instance of the setting whose leading parameters are `prefix`, in the table's order.
 std::vector<Args> instances(const Setting &setting, const Args &prefix = {});
 
+// Every instance a setter can change (read-only settings and refused instances left out),
+// evaluated against `file`, in the table's order: what the settings document and the file's
+// check go through.
+std::vector<Entry> settableEntries(const StoredSettings &file);
+
 std::string sourceName(Source source);  // "file", "default", "unset", "invalid"
 
 // JSON forms.
@@ -49,6 +54,9 @@ nlohmann::json fieldsJson(const Setting &setting, const Args &args, const Values
 nlohmann::json entryJson(const Entry &entry);
 // {"path", "state"}
 nlohmann::json fileJson(const StoredSettings &file);
+
+// "fx-filter B" for one instance: the text of targetText for the setting and its arguments.
+std::string targetOf(const Setting &setting, const Args &args);
 
 // Text forms of the JSON forms: "fx-filter B" for an object with "setting" and "args", and
 // "PITCH (3), param 64" for a fields array ("-" for null).

@@ -167,7 +167,7 @@ std::optional<Assignment> readEntry(const json &entry, size_t at, Checker &check
     checker.add(at, setting->name, fmt::format("unknown key {}", inQuotes(key)));
   const auto args = readArgs(*setting, entry, at, checker);
   if (!args) return std::nullopt;
-  const std::string target = targetText({{"setting", setting->name}, {"args", argsJson(*setting, *args)}});
+  const std::string target = targetOf(*setting, *args);
   if (setting->readOnly()) {
     checker.add(at, target, fmt::format("{} is read-only: {}", setting->name, setting->summary));
     return std::nullopt;
@@ -277,18 +277,15 @@ std::string ImportError::text() const {
 Export exportSettings(const StoredSettings &file) {
   Export out;
   json settings = json::array();
-  for (const auto &setting : settingTable()) {
-    if (setting.readOnly()) continue;  // read from another setting's number, which that setting exports
-    for (const auto &args : instances(setting)) {
-      if (setting.refuseSet && setting.refuseSet(args)) continue;  // the library reads it, never writes it
-      Entry entry = evaluate(setting, args, file);
-      if (entry.source == Source::Invalid && entry.stored) out.skipped.push_back(std::move(entry));
-      if (entry.source != Source::File) continue;
+  for (auto &entry : settableEntries(file)) {
+    const Setting &setting = *entry.setting;
+    if (entry.source == Source::File)
       settings.push_back({{"setting", setting.name},
-                          {"args", argsJson(setting, args)},
-                          {"key", setting.key(args)},
-                          {"fields", fieldsJson(setting, args, *entry.values)}});
-    }
+                          {"args", argsJson(setting, entry.args)},
+                          {"key", setting.key(entry.args)},
+                          {"fields", fieldsJson(setting, entry.args, *entry.values)}});
+    else if (entry.source == Source::Invalid && entry.stored)
+      out.skipped.push_back(std::move(entry));
   }
   out.document = {{"format", kDocumentFormat},
                   {"version", kDocumentVersion},
@@ -316,9 +313,7 @@ std::variant<Plan, ImportError> planImport(const json &document) {
     if (!assignment) continue;
     const auto [first, inserted] = seen.emplace(std::make_pair(assignment->setting, assignment->args), at);
     if (!inserted) {
-      checker.add(at,
-                  targetText({{"setting", assignment->setting->name},
-                              {"args", argsJson(*assignment->setting, assignment->args)}}),
+      checker.add(at, targetOf(*assignment->setting, assignment->args),
                   fmt::format("appears twice (first in settings[{}])", first->second));
       continue;
     }

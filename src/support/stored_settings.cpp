@@ -7,31 +7,17 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <set>
 
 #include "store/auto_setup_file.h"
+#include "store/file_paths.h"
+#include "tables/play_settings.h"
 
 namespace nvx::support {
 
 namespace {
 
-std::string parentOf(const std::string &path) {
-  const size_t slash = path.find_last_of('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 bool writableByMe(const std::string &path) { return ::faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0; }
-
-// The file a path finally names, symbolic links followed; the path itself when it cannot be told.
-std::string realFileOf(const std::string &path) {
-  struct Free {
-    void operator()(char *p) const { std::free(p); }
-  };
-  const std::unique_ptr<char, Free> resolved(::realpath(path.c_str(), nullptr));
-  return resolved ? std::string(resolved.get()) : path;
-}
 
 std::set<std::string, std::less<>> libraryKeys() {
   namespace keys = nvx::keys;
@@ -45,9 +31,7 @@ std::set<std::string, std::less<>> libraryKeys() {
       for (int item = 0; item <= 2; ++item) all.insert(keys::makeKey(keyTemplate, item));
   for (const auto key : keys::kChannelFaderKeys) all.emplace(key);
   for (const auto key : keys::kTailKeys) all.emplace(key);
-  for (const auto key : {keys::kCrossfaderCutLag, keys::kLoopButtonType, keys::kFaderStart, keys::kPadMode,
-                         keys::kCutLagMode})
-    all.emplace(key);
+  for (const auto &row : tables::kPlaySettings) all.emplace(row.key);
   return all;
 }
 
@@ -90,13 +74,14 @@ std::vector<std::string> StoredSettings::keys() const {
 
 std::optional<std::string> StoredSettings::writeProblem() const {
   struct stat info {};
-  const std::string file = realFileOf(path_);
+  // The file an update replaces: where the path's symbolic links finally lead.
+  const std::string file = store::realFileOf(path_).value_or(path_);
   if (::stat(file.c_str(), &info) == 0 && ::faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0)
     return "the file " + file + " is not writable by this user";
   // The file is replaced by a new one made in its folder; a missing folder is made first, in the
   // nearest folder that exists.
-  std::string folder = parentOf(file);
-  while (::stat(folder.c_str(), &info) != 0 && errno == ENOENT && folder != "/") folder = parentOf(folder);
+  std::string folder = store::parentOf(file);
+  while (::stat(folder.c_str(), &info) != 0 && errno == ENOENT && folder != "/") folder = store::parentOf(folder);
   if (!writableByMe(folder)) return "the folder " + folder + " is not writable by this user";
   return std::nullopt;
 }

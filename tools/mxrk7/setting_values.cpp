@@ -65,6 +65,12 @@ std::string placeholder(std::string_view name) {
   return text;
 }
 
+nlohmann::json skippedJson(const Entry &entry) {
+  nlohmann::json skip = entryJson(entry);
+  skip["reason"] = fmt::format("the file holds {}, which is not a valid value", *entry.stored);
+  return skip;
+}
+
 std::string entryLine(const nlohmann::json &entry) {
   const std::string source = entry.at("source").get<std::string>();
   std::string note;

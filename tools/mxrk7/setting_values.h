@@ -28,6 +28,8 @@ using nvx::support::settingNames;
 using nvx::support::settingTable;
 using nvx::support::Source;
 using nvx::support::StoredSettings;
+using nvx::support::settableEntries;
+using nvx::support::targetOf;
 using nvx::support::targetText;
 using nvx::support::valueText;
 using nvx::support::Values;
@@ -41,6 +43,10 @@ Values parseValues(const Setting &setting, const Args &args, const std::vector<s
 std::string usageOf(const Setting &setting, bool withValues);
 // A parameter or field name as usage lines show it: "BANK".
 std::string placeholder(std::string_view name);
+
+// An entry left out because the file holds a number the library does not take: its entryJson
+// with the "reason".
+nlohmann::json skippedJson(const Entry &entry);
 
 // One aligned line "fx-filter B   PITCH (3), ...   [file]" of an entry, and the settings file's line.
 std::string entryLine(const nlohmann::json &entry);

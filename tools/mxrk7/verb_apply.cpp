@@ -82,12 +82,7 @@ Exit apply(Context &context, const ApplyOptions &options) {
                    doc["sent"].push_back(
                        actionJson(entry, via == nvx::support::Via::Replay ? "replay" : "setter", result));
                  },
-             .skipped =
-                 [&](const Entry &entry) {
-                   nlohmann::json skip = entryJson(entry);
-                   skip["reason"] = fmt::format("the file holds {}, which is not a valid value", *entry.stored);
-                   doc["skipped"].push_back(std::move(skip));
-                 }});
+             .skipped = [&](const Entry &entry) { doc["skipped"].push_back(skippedJson(entry)); }});
   context.out.result(doc, applyText);
   return refused ? Exit::Refused : Exit::Ok;
 }

@@ -1,26 +1,22 @@
 // doctor: checks every piece the library and the tool need on this machine and says, one line
 // each, what is wrong and how to fix it.
 #include <NorvaneMXRK7Setup.h>
-#include <dlfcn.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include "mixer_report.h"
 #include "setting_values.h"
+#include "support/library_location.h"
 #include "support/mixer_probe.h"
 #include "support/product.h"
 #include "support/session_bus.h"
 #include "udev_rule.h"
 #include "user_unit.h"
 #include "verbs.h"
-
-namespace fs = std::filesystem;
 
 namespace mxrk7 {
 
@@ -86,30 +82,15 @@ std::string usbIdText() {
 
 // --- The library and the version files ----------------------------------------------------------
 
-// The shared library's file as the dynamic linker loaded it.
-std::string libraryFile() {
-  Dl_info info{};
-  if (::dladdr(reinterpret_cast<void *>(&NVX_GetProductId), &info) == 0 || !info.dli_fname) return "?";
-  std::error_code error;
-  const fs::path real = fs::canonical(info.dli_fname, error);
-  return error ? std::string(info.dli_fname) : real.string();
-}
-
-// Where the library looks for its data (version files, bundle): MXRK7_SYSROOT, or next to itself.
-std::string libraryDataFolder(const std::string &library) {
-  if (const char *sysroot = std::getenv("MXRK7_SYSROOT"); sysroot && *sysroot) return sysroot;
-  return (fs::path(library).parent_path() / ".." / "share" / "mxrk7").lexically_normal().string();
-}
-
 void checkLibrary(Report &report) {
-  const std::string library = libraryFile();
+  const std::string library = nvx::support::loadedLibraryFile();
   const char *text = nullptr;
   const bool known = NVX_GetLibraryVersionText(productId(), &text) == NVX_OK && text;
   if (!known) {
     report.problem("library",
                    fmt::format("{} has no version file: its data folder {} is missing or incomplete (the warning "
                                "texts are missing too)",
-                               library, libraryDataFolder(library)),
+                               library, nvx::support::libraryDataRoot(library)),
                    "reinstall NorvaneMXRK7Setup (the package, or cmake --install of the same build); MXRK7_SYSROOT "
                    "names another data folder",
                    Exit::Failure);
@@ -295,23 +276,18 @@ void checkSettingsFile(Report &report) {
   if (file.state() != StoredSettings::State::Readable) return;
 
   size_t held = 0;
-  std::vector<std::string> invalid;
-  for (const auto &setting : settingTable()) {
-    if (setting.readOnly()) continue;  // its number is another setting's, checked there
-    for (const auto &args : instances(setting)) {
-      if (setting.refuseSet && setting.refuseSet(args)) continue;
-      const Entry entry = evaluate(setting, args, file);
-      if (entry.source == Source::File) ++held;
-      if (entry.source != Source::Invalid || !entry.stored) continue;
-      const nlohmann::json json = entryJson(entry);
-      std::string values;
-      for (const auto &field : setting.fields) values += " " + placeholder(field.name);
-      report.warning(area,
-                     fmt::format("{} holds {}, which the library does not accept for {} (apply leaves it out)",
-                                 setting.key(args), *entry.stored, targetText(json)),
-                     fmt::format("mxrk7 set {}{} stores a valid value (mxrk7 list {} names them)", targetText(json),
-                                 values, setting.name));
-    }
+  for (const auto &entry : settableEntries(file)) {
+    if (entry.source == Source::File) ++held;
+    if (entry.source != Source::Invalid || !entry.stored) continue;
+    const Setting &setting = *entry.setting;
+    const std::string target = targetOf(setting, entry.args);
+    std::string values;
+    for (const auto &field : setting.fields) values += " " + placeholder(field.name);
+    report.warning(area,
+                   fmt::format("{} holds {}, which the library does not accept for {} (apply leaves it out)",
+                               setting.key(entry.args), *entry.stored, target),
+                   fmt::format("mxrk7 set {}{} stores a valid value (mxrk7 list {} names them)", target, values,
+                               setting.name));
   }
   std::vector<std::string> foreign;
   for (const auto &key : file.keys()) {

@@ -175,8 +175,7 @@ Exit set(Context &context, const Words &words) {
   const WriteResult written = setting.write(args, values);
   if (written.result != NVX_OK && written.result != NVX_WARNING)
     throw Failure(Exit::Refused,
-                  fmt::format("the library refused to set {} to {}", targetText({{"setting", setting.name},
-                                                                                 {"args", argsJson(setting, args)}}),
+                  fmt::format("the library refused to set {} to {}", targetOf(setting, args),
                               valueText(fieldsJson(setting, args, values))),
                   {{"setting", setting.name}, {"result", written.result}});
   const nlohmann::json doc = {{"setting", setting.name},

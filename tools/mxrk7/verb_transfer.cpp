@@ -34,12 +34,6 @@ std::string displayName(const std::string &file) { return isStdio(file) ? "stand
 
 // --- export -------------------------------------------------------------------------------------
 
-nlohmann::json skippedJson(const Entry &entry) {
-  nlohmann::json skip = entryJson(entry);
-  skip["reason"] = fmt::format("the file holds {}, which is not a valid value", *entry.stored);
-  return skip;
-}
-
 void writeDocument(const std::string &file, const std::string &text) {
   std::ofstream out(file, std::ios::binary | std::ios::trunc);
   if (out) out << text;
