@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
@@ -240,55 +241,85 @@ struct XmlDeleter {
   void operator()(char *xml) const { plist_to_xml_free(xml); }
 };
 
-void storeValue(std::string_view key, int32_t value) {
-  if (key.find('\0') != std::string_view::npos) return;
+// The failure of the last system call, as a reason for people.
+NotStoredReason reasonOfErrno() {
+  switch (errno) {
+    case ENOSPC:
+    case EDQUOT:
+      return NotStoredReason::DiskFull;
+    case EROFS:
+    case EACCES:
+    case EPERM:
+      return NotStoredReason::ReadOnly;
+    default:
+      return NotStoredReason::Failed;
+  }
+}
+
+UpdateOutcome update(std::span<const KeyUpdate> changes) {
+  for (const auto &change : changes)
+    if (change.key.find('\0') != std::string::npos) return UpdateOutcome::notStored(NotStoredReason::Failed);
   const std::string path = GetAutoSetupFilePath();
-  if (path.empty()) return;
+  if (path.empty()) return UpdateOutcome::notStored(NotStoredReason::NoConfigHome);
 
   ensureConfigFolder(parentOf(path));
   const UpdateLock lock(path + ".lock");
 
   // The update goes to the file the path finally names; symbolic links on the way stay as they are.
   const auto realFile = realFileOf(path);
-  if (!realFile) return;
+  if (!realFile) return UpdateOutcome::notStored(NotStoredReason::NotAFile);
   const std::string folder = parentOf(*realFile);
   if (lock.held()) removeLeftoverTempFiles(folder);
 
   struct stat existing {};
   const bool exists = ::stat(realFile->c_str(), &existing) == 0;
-  if (!exists && errno != ENOENT) return;
+  if (!exists && errno != ENOENT) return UpdateOutcome::notStored(reasonOfErrno());
 
+  UpdateOutcome outcome = UpdateOutcome::storedOk();
   std::optional<PlistDict> dict;
   if (exists) {
     // Something else in the file's place (a folder, a device) is left alone.
-    if (!S_ISREG(existing.st_mode)) return;
+    if (!S_ISREG(existing.st_mode)) return UpdateOutcome::notStored(NotStoredReason::NotAFile);
     // A read-only file stays as it is: whoever made it so wants the settings kept.
-    if (::faccessat(AT_FDCWD, realFile->c_str(), W_OK, AT_EACCESS) != 0) return;
+    if (::faccessat(AT_FDCWD, realFile->c_str(), W_OK, AT_EACCESS) != 0)
+      return UpdateOutcome::notStored(NotStoredReason::ReadOnly);
     // A file that cannot even be opened for reading is never replaced: its bytes could not be kept.
-    if (::faccessat(AT_FDCWD, realFile->c_str(), R_OK, AT_EACCESS) != 0) return;
+    if (::faccessat(AT_FDCWD, realFile->c_str(), R_OK, AT_EACCESS) != 0)
+      return UpdateOutcome::notStored(NotStoredReason::ReadOnly);
     dict = readPlistDictionary(*realFile);
     // Unreadable (not a property list, not a dictionary, over a cap): replaced by a file holding
-    // only the new key, after its bytes are kept. An empty file has no bytes worth keeping.
-    if (!dict && existing.st_size > 0) keepBackupOnce(*realFile, folder);
+    // only the new keys, after its bytes are kept. An empty file has no bytes worth keeping.
+    if (!dict && existing.st_size > 0) {
+      keepBackupOnce(*realFile, folder);
+      outcome.result = UpdateOutcome::Result::StoredReplacingUnreadable;
+      outcome.backup = *realFile + ".bak";
+    }
   }
   if (!dict) dict.emplace(plist_new_dict());
 
-  // libplist stores integers as 64 bits without sign; the two's complement of a negative value is
-  // written back as a negative number.
-  plist_dict_set_item(dict->raw(), std::string(key).c_str(),
-                      plist_new_uint(static_cast<uint64_t>(static_cast<int64_t>(value))));
+  for (const auto &change : changes) {
+    if (change.value) {
+      // libplist stores integers as 64 bits without sign; the two's complement of a negative value
+      // is written back as a negative number.
+      plist_dict_set_item(dict->raw(), change.key.c_str(),
+                          plist_new_uint(static_cast<uint64_t>(static_cast<int64_t>(*change.value))));
+    } else {
+      plist_dict_remove_item(dict->raw(), change.key.c_str());
+    }
+  }
 
   char *rawXml = nullptr;
   uint32_t xmlLength = 0;
   plist_to_xml(dict->raw(), &rawXml, &xmlLength);
   const std::unique_ptr<char, XmlDeleter> xml(rawXml);
+  if (!xml) return UpdateOutcome::notStored(NotStoredReason::Failed);
   // A file over the size cap would read as unreadable, and the next update would replace it: better
   // to lose this one update than every setting. (Only foreign content can come near the cap.)
-  if (!xml || xmlLength > kMaxPlistBytes) return;
+  if (xmlLength > kMaxPlistBytes) return UpdateOutcome::notStored(NotStoredReason::TooLarge);
 
   std::string tempPath;
   Fd temp = makeTempFile(folder, tempPath);
-  if (!temp.valid()) return;
+  if (!temp.valid()) return UpdateOutcome::notStored(reasonOfErrno());
   if (exists) {
     ::fchmod(temp.get(), existing.st_mode & 07777);
     // Keeps the owner too when a privileged caller updates another user's file. An unprivileged
@@ -302,10 +333,12 @@ void storeValue(std::string_view key, int32_t value) {
   bool ok = writeAll(temp.get(), xml.get(), xmlLength) && fsyncRetrying(temp.get());
   ok = temp.close() && ok;
   if (!ok || ::rename(tempPath.c_str(), realFile->c_str()) != 0) {
+    const NotStoredReason why = reasonOfErrno();
     ::unlink(tempPath.c_str());
-    return;
+    return UpdateOutcome::notStored(why);
   }
   syncFolder(folder);
+  return outcome;
 }
 
 }  // namespace
@@ -346,12 +379,53 @@ std::optional<PlistDict> LoadAutoSetupFile() {
   }
 }
 
+UpdateOutcome UpdateAutoSetupFile(std::span<const KeyUpdate> changes) {
+  try {
+    return update(changes);
+  } catch (...) {
+    return UpdateOutcome::notStored(NotStoredReason::Failed);  // a failed allocation included
+  }
+}
+
 void StoreAutoSetupValue(std::string_view key, int32_t value) {
   try {
-    storeValue(key, value);
+    const KeyUpdate change{std::string(key), value};
+    UpdateAutoSetupFile({&change, 1});
   } catch (...) {
     // The outcome of an update is never reported (an allocation failure included).
   }
+}
+
+const char *reasonText(NotStoredReason reason) {
+  switch (reason) {
+    case NotStoredReason::NoConfigHome:
+      return "no home folder";
+    case NotStoredReason::FolderNotYours:
+      return "folder not yours";
+    case NotStoredReason::FolderWritableByOthers:
+      return "folder writable by others";
+    case NotStoredReason::FileNotYours:
+      return "file not yours";
+    case NotStoredReason::LockNotHad:
+      return "lock not had";
+    case NotStoredReason::LockNotAFile:
+      return "lock file is not a file";
+    case NotStoredReason::NotAFile:
+      return "not a regular file";
+    case NotStoredReason::ReadOnly:
+      return "read-only";
+    case NotStoredReason::DiskFull:
+      return "disk full";
+    case NotStoredReason::ForeignContent:
+      return "holds values this library cannot rewrite";
+    case NotStoredReason::OwnerNotSet:
+      return "owner could not be set";
+    case NotStoredReason::TooLarge:
+      return "too large";
+    case NotStoredReason::Failed:
+      break;
+  }
+  return "failed";
 }
 
 }  // namespace nvx::store

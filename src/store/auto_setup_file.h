@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "store/plist_file.h"
+#include "store/update_outcome.h"
 
 namespace nvx::store {
 
@@ -18,8 +20,18 @@ std::string GetAutoSetupFilePath();
 // The file's root dictionary, or nullopt when the file is missing or unreadable.
 std::optional<PlistDict> LoadAutoSetupFile();
 
-// Read-merge-write update of one key, under the file's advisory lock. The outcome is not reported:
-// a setter's result never depends on it.
+// One change of an update: set `key` to `value`, or remove it when there is no value.
+struct KeyUpdate {
+  std::string key;
+  std::optional<int32_t> value;
+};
+
+// The read-merge-write update: every change in one rewrite of the file under its advisory lock, all
+// or nothing. Keys not named keep their values, other programs' included.
+UpdateOutcome UpdateAutoSetupFile(std::span<const KeyUpdate> changes);
+
+// The update of one key as every setter makes it. The outcome is not reported: a setter's result
+// never depends on it.
 void StoreAutoSetupValue(std::string_view key, int32_t value);
 
 }  // namespace nvx::store
