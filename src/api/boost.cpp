@@ -1,10 +1,9 @@
 // Boost level: the level of the mixer's USB audio output to the computer, in four steps.
 #include "api/guard.h"
+#include "api/setting_change.h"
 #include "api/stored_answer.h"
-#include "notify/notifications.h"
 #include "tables/code_tables.h"
-#include "tables/stored_keys.h"
-#include "usb/device_loop.h"
+#include "tables/settings.h"
 
 using namespace nvx;
 using api::guarded;
@@ -15,7 +14,7 @@ namespace {
 constexpr uint32_t kLastBoostIndex = kBoostLevels - 1;
 constexpr uint32_t kLastReplayIndex = kBoostLevels;  // the replay admits the table's fifth entry
 
-uint16_t boostCode(uint32_t index) { return static_cast<uint16_t>(_convDbTable[index] << 8); }
+const tables::SettingDescriptor &boost() { return tables::setting(tables::SettingId::Boost); }
 
 }  // namespace
 
@@ -40,9 +39,7 @@ int32_t NVX_GetBoostLevelText(int32_t productId, uint32_t index, intptr_t /*unus
 int32_t NVX_SetBoostLevelIndex(int32_t productId, uint32_t index) {
   return guarded([&] {
     if (!isProduct(productId) || index > kLastBoostIndex) return NVX_ERROR;
-    usb::sendToEveryMixer(usb::SetUSBOutputLevelSetting, boostCode(index));
-    store::StoreAutoSetupValue(keys::kMaxLevel, static_cast<int32_t>(index));
-    notify::postBoostLevelChange(static_cast<int32_t>(index));
+    api::change({&boost(), {}, {index}});  // sent, stored, announced
     return NVX_OK;
   });
 }
@@ -50,8 +47,8 @@ int32_t NVX_SetBoostLevelIndex(int32_t productId, uint32_t index) {
 int32_t NVX_GetCurrentBoostLevelIndex(int32_t productId, uint32_t *index) {
   return guarded([&] {
     if (!isProduct(productId) || !index) return NVX_ERROR;
-    *index = static_cast<uint32_t>(keys::rules::kBoost.fallback);
-    return api::answerFromFile(keys::kMaxLevel, keys::rules::kBoost, index, api::wholeValue);
+    *index = static_cast<uint32_t>(boost().readRule.fallback);
+    return api::answerFromFile(*boost().key({}), boost().readRule, index, api::wholeValue);
   });
 }
 
@@ -60,7 +57,7 @@ int32_t NVX_SetCurrentBoostLevelIndex(int32_t productId) {
     uint32_t stored = 0;
     const int32_t read = NVX_GetCurrentBoostLevelIndex(productId, &stored);
     if (!isProduct(productId) || read != NVX_OK || stored > kLastReplayIndex) return NVX_ERROR;
-    usb::sendToEveryMixer(usb::SetUSBOutputLevelSetting, boostCode(stored));
+    api::sendValue({&boost(), {}, {stored}});
     return NVX_OK;
   });
 }

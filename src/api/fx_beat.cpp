@@ -4,9 +4,9 @@
 
 #include "api/current_index.h"
 #include "api/guard.h"
+#include "api/setting_change.h"
 #include "api/stored_answer.h"
-#include "tables/stored_keys.h"
-#include "usb/device_loop.h"
+#include "tables/settings.h"
 
 using namespace nvx;
 using api::guarded;
@@ -26,14 +26,7 @@ constexpr uint32_t kLastReplayEffect = 15;  // the replay admits one index past 
 // is a code 0-54. A stored value above its item's limit leaves the caller's output as it was.
 constexpr std::array<uint32_t, kLastItem + 1> kItemLimits = {14, 255, 54};
 
-// Bits 15-14 bank, 13-11 position, 10-8 item, 7-0 value.
-uint16_t beatFxWord(uint32_t bank, uint32_t position, uint32_t item, uint32_t value) {
-  return static_cast<uint16_t>((bank << 14 | (position & 7) << 11 | (item & 7) << 8 | (value & 0xFF)) & 0xFFFF);
-}
-
-std::string beatFxKey(uint32_t bank, uint32_t position, uint32_t item) {
-  return keys::makeKey(keys::kBeatFxTemplates[bank][position], item);
-}
+const tables::SettingDescriptor &beatFx() { return tables::setting(tables::SettingId::BeatFx); }
 
 }  // namespace
 
@@ -44,9 +37,7 @@ int32_t NVX_SetFXBANKBFXModeIndex(int32_t productId, uint32_t bank, uint32_t pos
   return guarded([&] {
     // The bank is not tested: any bank is sent; only banks 0-2 have a key to store under.
     if (!isProduct(productId) || position > kLastPosition || item > kLastItem) return NVX_ERROR;
-    const uint16_t word = beatFxWord(bank, position, item, value);
-    usb::sendToEveryMixer(usb::SetFXBANKBFXModeSetting, word);
-    if (bank <= kLastKeyedBank) store::StoreAutoSetupValue(beatFxKey(bank, position, item), word);
+    api::change({&beatFx(), {bank, position, item}, {value}});
     return NVX_OK;
   });
 }
@@ -58,7 +49,8 @@ int32_t NVX_GetFXBANKBFXModeIndex(int32_t productId, uint32_t bank, uint32_t pos
     const auto file = store::LoadAutoSetupFile();
     if (!file) return NVX_ERROR;
     if (bank > kLastKeyedBank) return NVX_ERROR;  // tested only after the file was read
-    const auto stored = store::readStored(file, beatFxKey(bank, position, item), keys::rules::kBeatFx);
+    const std::array<uint32_t, 3> instance{bank, position, item};
+    const auto stored = store::readStored(file, *beatFx().key(instance), beatFx().readRule);
     if (!stored.hasValue()) return stored.isError() ? NVX_ERROR : NVX_OK;
     const uint32_t byte = api::lowByte(stored.value);  // the word's bank, position and item bits are ignored
     if (item > kLastItem) *value = 0;
@@ -97,7 +89,7 @@ int32_t NVX_SetCurrentFXBANKBEATEFFECTModeIndex(int32_t productId, uint32_t slot
     const int32_t read = NVX_GetCurrentFXBANKBEATEFFECTModeIndex(productId, slot, &current);
     if (!isProduct(productId) || read != NVX_OK || current > kLastReplayEffect) return NVX_ERROR;
     // The index goes to bits 8-15 as it stands: not the beat FX word layout of the setter.
-    usb::sendToEveryMixer(usb::SetFXBANKBFXModeSetting, static_cast<uint16_t>((current << 8) & 0xFFFF));
+    api::sendWord(*beatFx().request, static_cast<uint16_t>((current << 8) & 0xFFFF));
     return NVX_OK;
   });
 }

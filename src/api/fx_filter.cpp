@@ -1,10 +1,11 @@
 // FX bank filter mode: each bank's filter assignment (mode and parameter byte), its replay, and the
 // current filter mode kept under the shared "PopUp" key.
+#include <array>
 #include "api/current_index.h"
 #include "api/guard.h"
+#include "api/setting_change.h"
 #include "api/stored_answer.h"
-#include "tables/stored_keys.h"
-#include "usb/device_loop.h"
+#include "tables/settings.h"
 
 using namespace nvx;
 using api::guarded;
@@ -17,9 +18,11 @@ constexpr uint32_t kLastMode = 4;
 constexpr uint32_t kModeCount = 5;
 constexpr uint32_t kLastModeText = 5;  // one past the last name: the table's null end entry
 
-// Bits 15-12 bank, 11-8 mode, 7-0 parameter.
-uint16_t filterWord(uint32_t bank, uint32_t mode, uint32_t param) {
-  return static_cast<uint16_t>((bank << 12 | (mode & 0xF) << 8 | (param & 0xFF)) & 0xFFFF);
+const tables::SettingDescriptor &filter() { return tables::setting(tables::SettingId::FxFilter); }
+
+std::string filterKey(uint32_t bank) {
+  const std::array<uint32_t, 1> instance{bank};
+  return *filter().key(instance);
 }
 
 }  // namespace
@@ -29,9 +32,7 @@ extern "C" {
 int32_t NVX_SetFXBANKFILTERModeIndex(int32_t productId, uint32_t bank, uint32_t mode, uint32_t param) {
   return guarded([&] {
     if (!isProduct(productId) || bank > kLastBank || mode > kLastMode) return NVX_ERROR;
-    const uint16_t word = filterWord(bank, mode, param);
-    usb::sendToEveryMixer(usb::SetFXBANKFILTERModeSetting, word);
-    store::StoreAutoSetupValue(keys::kFilterKeys[bank], static_cast<int16_t>(word));
+    api::change({&filter(), {bank}, {mode, param}});
     return NVX_OK;
   });
 }
@@ -42,10 +43,10 @@ int32_t NVX_SendFXBANKFILTERModeIndex(int32_t productId) {
     const auto file = store::LoadAutoSetupFile();
     const uint32_t count = usb::countMixers();  // counted once, before the file is tested
     // Banks in the order A, B, temporary; a missing key sends the word 0 as it stands.
-    for (const auto key : keys::kFilterKeys) {
-      const auto stored = store::readStored(file, key, keys::rules::kFilterReplay);
+    for (uint32_t bank = 0; bank <= kLastBank; ++bank) {
+      const auto stored = store::readStored(file, filterKey(bank), keys::rules::kFilterReplay);
       if (stored.isError()) return NVX_ERROR;
-      usb::sendToMixers(count, usb::SetFXBANKFILTERModeSetting, static_cast<uint16_t>(stored.value & 0xFFFF));
+      usb::sendToMixers(count, *filter().request, static_cast<uint16_t>(stored.value & 0xFFFF));
     }
     return NVX_OK;
   });
@@ -54,7 +55,7 @@ int32_t NVX_SendFXBANKFILTERModeIndex(int32_t productId) {
 int32_t NVX_GetFXBANKFILTERModeIndex(int32_t productId, uint32_t bank, uint32_t *mode, uint32_t *param) {
   return guarded([&] {
     if (bank > kLastBank || !mode || !param || !isProduct(productId)) return NVX_ERROR;
-    const auto stored = store::readStored(store::LoadAutoSetupFile(), keys::kFilterKeys[bank], keys::rules::kFilterGet);
+    const auto stored = store::readStored(store::LoadAutoSetupFile(), filterKey(bank), filter().readRule);
     if (stored.isError()) return NVX_ERROR;
     if (stored.hasValue()) {
       // The bank bits are not looked at, and the mode gets no range test.
@@ -93,7 +94,7 @@ int32_t NVX_SetCurrentFXBANKFILTERModeIndex(int32_t productId) {
     uint32_t current = 0;
     const int32_t read = NVX_GetCurrentFXBANKFILTERModeIndex(productId, &current);
     if (!isProduct(productId) || read != NVX_OK || current > kLastMode) return NVX_ERROR;
-    usb::sendToEveryMixer(usb::SetFXBANKFILTERModeSetting, filterWord(0, current, 0));
+    api::sendValue({&filter(), {0}, {current, 0}});  // bank bits 0, the index as the mode
     return NVX_OK;
   });
 }

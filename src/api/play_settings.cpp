@@ -1,35 +1,36 @@
 // Play settings: crossfader cut lag, 4-beat loop button type, fader start, pad mode, cut lag mode,
 // and the crossfader mode read from the cut lag mode's key.
 #include "api/guard.h"
+#include "api/setting_change.h"
 #include "api/stored_answer.h"
-#include "tables/play_settings.h"
-#include "usb/device_loop.h"
+#include "tables/settings.h"
 
 using namespace nvx;
 using api::guarded;
 using api::isProduct;
-using tables::PlaySetting;
+using PlaySetting = tables::SettingId;
 
 namespace {
 
 constexpr uint32_t kCrossfaderModeCount = 3;
 constexpr uint32_t kLastCrossfaderModeText = 2;
 
-int32_t setPlaySetting(PlaySetting setting, int32_t productId, uint32_t index) {
-  const auto &row = tables::row(setting);
+// The five play settings share one shape: an index 0 to the field's highest, carried in the high byte
+// of its request, stored as it is, read back from its low byte.
+int32_t setPlaySetting(PlaySetting id, int32_t productId, uint32_t index) {
+  const auto &setting = tables::setting(id);
   return guarded([&] {
-    if (!isProduct(productId) || index > row.maximum) return NVX_ERROR;
-    usb::sendToEveryMixer(row.send, static_cast<uint16_t>((index << 8) & 0xFFFF));
-    store::StoreAutoSetupValue(row.key, static_cast<int32_t>(index));
+    if (!isProduct(productId) || index > setting.fields[0].last({})) return NVX_ERROR;
+    api::change({&setting, {}, {index}});
     return NVX_OK;
   });
 }
 
-int32_t getPlaySetting(PlaySetting setting, int32_t productId, uint32_t *index) {
-  const auto &row = tables::row(setting);
+int32_t getPlaySetting(PlaySetting id, int32_t productId, uint32_t *index) {
+  const auto &setting = tables::setting(id);
   return guarded([&] {
     if (!index || !isProduct(productId)) return NVX_ERROR;
-    return api::answerFromFile(row.key, row.read, index, api::lowByte);
+    return api::answerFromFile(*setting.key({}), setting.readRule, index, api::lowByte);
   });
 }
 
@@ -70,8 +71,8 @@ int32_t NVX_GetCurrentCROSSFADERModeIndex(int32_t productId, uint32_t *index) {
     *index = 0;
     // The mode is bits 8-15 of the cut lag mode's stored number, the byte the request carries, not
     // the one the setter stores: for every value this library stores it reads 0.
-    const auto &cutLagMode = tables::row(PlaySetting::CutLagMode);
-    return api::answerFromFile(cutLagMode.key, cutLagMode.read, index,
+    const auto &mode = tables::setting(PlaySetting::CrossfaderMode);
+    return api::answerFromFile(*mode.key({}), mode.readRule, index,
                                [](int32_t value) { return (static_cast<uint32_t>(value) >> 8) & 0xFF; });
   });
 }

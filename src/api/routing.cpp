@@ -1,14 +1,14 @@
 // USB input audio routing: which mixer signal feeds each of the five USB audio channels, and the
 // warning when a deck's input selector makes the choice pointless.
+#include <array>
 #include <cstdint>
 
 #include "api/guard.h"
 #include "api/localized_text.h"
+#include "api/setting_change.h"
 #include "api/stored_answer.h"
-#include "notify/notifications.h"
 #include "tables/code_tables.h"
-#include "tables/stored_keys.h"
-#include "usb/device_loop.h"
+#include "tables/settings.h"
 
 using namespace nvx;
 using api::guarded;
@@ -23,19 +23,7 @@ constexpr uint32_t kLastDirectSource = 15;
 
 bool isChannel(int32_t channel, int32_t last = kLastChannel) { return channel >= 0 && channel <= last; }
 
-// Reads every mixer's input selectors (count taken beforehand) and tells whether one of them makes
-// the caller warn; `warns` is given the selector byte of the channel (reply element channel + 1).
-template <class Warns>
-bool anyMixerWarns(uint32_t count, int32_t channel, Warns warns) {
-  bool warning = false;
-  usb::visitMixers(count, [&](usb::Device &mixer) {
-    uint8_t reply[6] = {};
-    usb::GetInputSelectorInfo(&mixer, reply, sizeof reply);
-    warning = warns(reply[channel + 1]);
-    return warning ? usb::Visit::Stop : usb::Visit::Next;
-  });
-  return warning;
-}
+const tables::SettingDescriptor &routing() { return tables::setting(tables::SettingId::Routing); }
 
 }  // namespace
 
@@ -62,16 +50,9 @@ int32_t NVX_SetUSBInputAudio(int32_t productId, int32_t channel, uint32_t index)
   return guarded([&] {
     if (!isProduct(productId) || !isChannel(channel, kLastSettableChannel) || index > kLastMenuIndex)
       return NVX_ERROR;
-    const uint16_t code = _convTable_K7[static_cast<size_t>(channel)][index];
-    const uint32_t count = usb::sendToEveryMixer(usb::SetMixerOutputSetting, code);
-    store::StoreAutoSetupValue(keys::makeKey(keys::kOutputTemplate, channel), static_cast<int32_t>(index));
-    notify::postInputAudioChange(channel, static_cast<int32_t>(index));
-    if (count == 0) return NVX_OK;
-    // Decks 1 and 2 warn when their selector is on another position than 4 (a real position, below 8).
-    const bool warn = anyMixerWarns(count, channel, [&](uint8_t selector) {
-      return selector != 4 && channel <= 1 && selector < 8;
-    });
-    return warn ? NVX_WARNING : NVX_OK;
+    // Sent, stored, announced, then checked against the input selectors of decks 1 and 2.
+    const auto outcome = api::change({&routing(), {static_cast<uint32_t>(channel)}, {index}});
+    return outcome.sent[0].warning ? NVX_WARNING : NVX_OK;
   });
 }
 
@@ -82,9 +63,9 @@ int32_t NVX_SetUSBInputAudioDirect(int32_t productId, int32_t channel, int32_t g
     const uint32_t groupBits = static_cast<uint32_t>(group) * 0x1000u + 0x1000u;
     const uint32_t channelBits = (static_cast<uint32_t>(channel + 1) & 0xFu) << 8;
     const auto value = static_cast<uint16_t>((groupBits | channelBits | source) & 0xFFFFu);
-    const uint32_t count = usb::sendToEveryMixer(usb::SetMixerOutputSetting, value);
+    const uint32_t count = api::sendWord(usb::Request::SetMixerOutputSetting, value).counted;
     if (count == 0) return source < 3 ? NVX_WARNING : NVX_OK;
-    const bool warn = anyMixerWarns(count, channel, [&](uint8_t selector) { return selector != 5 && source < 5; });
+    const bool warn = api::anyMixerWarns(count, channel, [&](uint8_t selector) { return selector != 5 && source < 5; });
     return warn ? NVX_WARNING : NVX_OK;
   });
 }
@@ -102,8 +83,8 @@ int32_t NVX_GetCurrentUSBInputAudioIndex(int32_t productId, int32_t channel, uin
   return guarded([&] {
     if (!isProduct(productId) || !isChannel(channel) || !index) return NVX_ERROR;
     *index = 0;
-    return api::answerFromFile(keys::makeKey(keys::kOutputTemplate, channel), keys::rules::kRouting, index,
-                               api::wholeValue);
+    const std::array<uint32_t, 1> instance{static_cast<uint32_t>(channel)};
+    return api::answerFromFile(*routing().key(instance), routing().readRule, index, api::wholeValue);
   });
 }
 
@@ -114,7 +95,7 @@ int32_t NVX_SetCurrentUSBInputAudio(int32_t productId, int32_t channel) {
       return NVX_ERROR;
     // An edited file may hold any number: one outside the menu is refused, nothing is sent.
     if (stored > kLastMenuIndex) return NVX_OK;
-    usb::sendToEveryMixer(usb::SetMixerOutputSetting, _convTable_K7[static_cast<size_t>(channel)][stored]);
+    api::sendValue({&routing(), {static_cast<uint32_t>(channel)}, {stored}});
     return NVX_OK;
   });
 }

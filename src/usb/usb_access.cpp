@@ -43,6 +43,8 @@ IOReturn openUSB(USBDeviceHandle *handle, uint32_t deviceNumber) {
     if (deviceNumber == 0) {
       if (handle->deviceRef) return kIOReturnError;
       handle->deviceRef = transport->reference(entry);
+      handle->bus = entry.bus;
+      handle->port = entry.portPath;
     }
     --deviceNumber;  // wraps below 0, so no later mixer is ever taken
   }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "usb/transport.h"
 
@@ -13,6 +14,8 @@ namespace nvx::usb {
 struct USBDeviceHandle {
   std::unique_ptr<Device> deviceRef;  // the found (and possibly opened) device; null when nothing is held
   uint32_t openGuard = 0;             // must be 0 for an open to be attempted; nothing sets it otherwise
+  uint8_t bus = 0;                    // where the found device sits, for reports
+  std::string port;
 };
 
 // Number of connected mixers; 0 for a productId other than 0 and on any failure.

@@ -153,7 +153,7 @@ class DeviceLoopTest : public ::testing::TestWithParam<int> {
 TEST_P(DeviceLoopTest, OpensUsesAndClosesEveryMixerInOrder) {
   const int count = GetParam();
   bus.setMixers(std::vector<VirtualMixer>(static_cast<size_t>(count)));
-  EXPECT_EQ(sendToEveryMixer(SetPADModeSetting, 0x0200), static_cast<uint32_t>(count));
+  EXPECT_EQ(sendToEveryMixer(Request::SetPADModeSetting, 0x0200).count, static_cast<uint32_t>(count));
   std::vector<std::string> expected;
   for (int n = 0; n < count; ++n) {
     expected.push_back(std::to_string(n) + " open");
@@ -165,17 +165,36 @@ TEST_P(DeviceLoopTest, OpensUsesAndClosesEveryMixerInOrder) {
 
 INSTANTIATE_TEST_SUITE_P(ZeroToThreeMixers, DeviceLoopTest, ::testing::Values(0, 1, 2, 3));
 
-TEST(DeviceLoop, SkipsMixersThatFailToOpenAndStopsWhenAsked) {
-  VirtualMixer busy;
+// The loop reports every mixer it found, with what it did; one that does not open is skipped.
+TEST(DeviceLoop, ReportsWhatEveryMixerDid) {
+  VirtualMixer busy, denied, failing;
   busy.open = "busy";
-  VirtualBus bus({VirtualMixer{}, busy, VirtualMixer{}, VirtualMixer{}});
+  denied.open = "denied";
+  failing.fail = {"0x8514"};
+  VirtualBus bus({VirtualMixer{}, busy, denied, failing});
+  const auto sent = sendToEveryMixer(Request::SetPADModeSetting, 0x0200);
+  std::vector<std::string> results;
+  for (const auto &mixer : sent.mixers)
+    results.push_back(std::to_string(mixer.number) + " " + placeOf(mixer.bus, mixer.port) + " " + resultName(mixer.result));
+  EXPECT_EQ(results, (std::vector<std::string>{"0 0-virtual-0 ok", "1 0-virtual-1 busy", "2 0-virtual-2 denied",
+                                                "3 0-virtual-3 failed"}));
+  EXPECT_EQ(bus.log(), (std::vector<std::string>{"0 open", writeLine(0, 0x8514, 0x0200), "0 close", "1 open failed",
+                                                 "2 open failed", "3 open", writeLine(3, 0x8514, 0x0200) + " -> error",
+                                                 "3 close"}));
+}
+
+TEST(DeviceLoop, StopsWhenAskedAndTalksOnlyToASelectedMixer) {
+  VirtualBus bus(std::vector<VirtualMixer>(3));
   int calls = 0;
-  visitMixers(countMixers(), [&](Device &) {
-    ++calls;
-    return calls == 2 ? Visit::Stop : Visit::Next;
-  });
+  visitMixers(countMixers(), [&](Device &) { return ++calls == 2 ? Visit::Stop : Visit::Next; });
   EXPECT_EQ(calls, 2);
-  EXPECT_EQ(bus.log(), (std::vector<std::string>{"0 open", "0 close", "1 open failed", "2 open", "2 close"}));
+  for (const MixerSelection &which : {MixerSelection{2, std::nullopt}, MixerSelection{std::nullopt, "0-virtual-2"}}) {
+    bus.clearLog();
+    const auto sent = sendToEveryMixer(Request::SetPADModeSetting, 0x0100, which);
+    ASSERT_EQ(sent.mixers.size(), 1u);
+    EXPECT_EQ(sent.mixers[0].number, 2u);
+    EXPECT_EQ(bus.requests(), std::vector<std::string>{writeLine(2, 0x8514, 0x0100)});
+  }
 }
 
 }  // namespace
