@@ -2,6 +2,10 @@
 // session bus and silently does nothing without one.
 #pragma once
 
+#include <glib.h>
+#include <systemd/sd-bus.h>
+
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -19,5 +23,28 @@ struct SessionBusState {
 // Connects to the session bus the way the library does and waits at most one second (the
 // library's own bound) for the bus to accept the connection. Never starts a bus.
 SessionBusState probeSessionBus();
+
+// A connection of its own to the session bus that tells when the bus goes away (its daemon ended),
+// for a program that waits for change notifications and would otherwise go deaf without noticing.
+// The library's own observer connects again at the next Register; a program that only listens has
+// no next Register.
+class BusWatchdog {
+ public:
+  // Calls `gone` on the thread-default GLib main context when the bus goes away. Without a bus
+  // that answers within the library's bound, `connected()` is false and nothing is watched.
+  explicit BusWatchdog(std::function<void()> gone);
+  ~BusWatchdog();
+  BusWatchdog(const BusWatchdog &) = delete;
+  BusWatchdog &operator=(const BusWatchdog &) = delete;
+
+  bool connected() const { return source_ != 0; }
+
+ private:
+  static gboolean onReady(gint fd, GIOCondition condition, gpointer self);
+
+  std::function<void()> gone_;
+  sd_bus *bus_ = nullptr;
+  guint source_ = 0;
+};
 
 }  // namespace nvx::support

@@ -49,7 +49,7 @@ std::vector<Entry> settableEntries(const StoredSettings &file) {
   for (const auto &setting : settingTable()) {
     if (setting.readOnly()) continue;  // read from another setting's number
     for (const auto &args : instances(setting)) {
-      if (setting.refuseSet && setting.refuseSet(args)) continue;  // the library reads it, never writes it
+      if (setting.refuseSet(args)) continue;  // the library reads it, never writes it
       entries.push_back(evaluate(setting, args, file));
     }
   }

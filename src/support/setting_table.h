@@ -1,8 +1,7 @@
-// The one table of the settings that the tool and the setup application offer: their names, how
-// they are addressed (channel, bank, position, item), what values they take, where the settings
-// file keeps them, and how each is read, set and re-applied through the library's C interface.
+// The settings as the tool and the setup application offer them: a view of the library's own
+// setting descriptors (tables/settings.h) with the words people use for their instances and values.
 // Everything that deals with settings (the tool's verbs, the settings document, the application's
-// pages) works from this table alone.
+// pages, the shell completion) works from this table.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +13,7 @@
 
 #include "support/setting_domain.h"
 #include "support/stored_settings.h"
+#include "tables/settings.h"
 
 namespace nvx::support {
 
@@ -34,41 +34,32 @@ struct Field {
   std::optional<size_t> dependsOn;
 };
 
-struct WriteResult {
-  int32_t result;                      // the library's result code
-  std::optional<std::string> warning;  // the library's warning text when it warned
-};
-
 struct Setting {
-  std::string name;
-  std::string summary;
+  const tables::SettingDescriptor *descriptor;
+  std::string name;      // the tool's word
+  std::string title;     // for people
+  std::string sentence;  // what it does for a DJ
   std::vector<Param> params;
   std::vector<Field> fields;
 
-  // The settings file's key that holds this instance.
-  std::function<std::string(const Args &)> key;
-  // The integer in the settings file that holds this instance, or nullopt when the file holds none.
-  std::function<std::optional<int32_t>(const Args &, const StoredSettings &)> stored;
+  bool readOnly() const { return descriptor->readOnly(); }
+  // The settings file's key of this instance ("" where the library stores none).
+  std::string key(const Args &args) const;
+  // The number in `file` that holds this instance's value, or nullopt when the file holds none (no
+  // key, no integer, or a shared word that names another bank).
+  std::optional<int32_t> stored(const Args &args, const StoredSettings &file) const;
   // The value as the library reports it (stored or its own default); nullopt when it reports none.
-  std::function<std::optional<Values>(const Args &, const StoredSettings &)> read;
-  // Sets through the library (send to every mixer and store); empty for a read-only setting.
-  std::function<WriteResult(const Args &, const Values &)> write;
+  std::optional<Values> read(const Args &args, const StoredSettings &file) const;
   // Why this instance cannot be set although the setting can, or nullopt.
-  std::function<std::optional<std::string>(const Args &)> refuseSet;
-  // Re-sends the stored value of one instance without storing it again, where the library has
-  // such a function; apply uses the setter with the stored value otherwise.
-  std::function<int32_t(const Args &)> replay;
-  // Re-sends the stored values of every instance in one call; apply uses it only when the file
-  // holds all of them, since the library sends a default for any it lacks.
-  std::function<int32_t()> replayAll;
-
-  bool readOnly() const { return !write; }
+  std::optional<std::string> refuseSet(const Args &args) const;
 };
 
 const std::vector<Setting> &settingTable();
 
 // Looked up without regard to case; null when there is no such setting.
 const Setting *findSetting(std::string_view name);
+// The table's entry of a descriptor.
+const Setting &settingOf(const tables::SettingDescriptor &descriptor);
 
 // "routing, boost, ...", for messages.
 std::string settingNames();

@@ -169,14 +169,12 @@ std::optional<Assignment> readEntry(const json &entry, size_t at, Checker &check
   if (!args) return std::nullopt;
   const std::string target = targetOf(*setting, *args);
   if (setting->readOnly()) {
-    checker.add(at, target, fmt::format("{} is read-only: {}", setting->name, setting->summary));
+    checker.add(at, target, fmt::format("{} is read-only: {}", setting->name, setting->sentence));
     return std::nullopt;
   }
-  if (setting->refuseSet) {
-    if (const auto why = setting->refuseSet(*args)) {
-      checker.add(at, target, *why);
-      return std::nullopt;
-    }
+  if (const auto why = setting->refuseSet(*args)) {
+    checker.add(at, target, *why);
+    return std::nullopt;
   }
   auto values = readFields(*setting, *args, entry, at, target, checker);
   if (!values) return std::nullopt;
@@ -350,17 +348,36 @@ const char *changeKindName(ChangeKind kind) {
   return "unchanged";
 }
 
-size_t ApplyResult::refused() const {
-  return static_cast<size_t>(std::count_if(applied.begin(), applied.end(), [](const Applied &a) {
-    return a.written.result != NVX_OK && a.written.result != NVX_WARNING;
-  }));
+std::vector<std::string> ownedKeys(const Setting *only) {
+  std::set<std::string> keys;
+  for (const auto &setting : settingTable()) {
+    if (setting.readOnly() || (only && &setting != only)) continue;
+    for (const auto &args : instances(setting))
+      if (!setting.refuseSet(args)) keys.insert(setting.key(args));
+  }
+  return {keys.begin(), keys.end()};
 }
 
-ApplyResult applyImport(const Plan &plan) {
-  ApplyResult result;
-  for (const auto &assignment : plan.assignments)
-    result.applied.push_back({assignment, assignment.setting->write(assignment.args, assignment.values)});
-  return result;
+std::vector<Entry> removedBy(const Plan &plan, const StoredSettings &file, const Setting *only) {
+  std::set<std::string> kept;
+  for (const auto &a : plan.assignments) kept.insert(a.setting->key(a.args));
+  // One entry per key: where instances share a key (the channel fader words of banks B and
+  // temporary), the one whose value the key holds.
+  std::map<std::string, Entry> byKey;
+  for (auto &entry : settableEntries(file)) {
+    const std::string key = entry.setting->key(entry.args);
+    if ((only && entry.setting != only) || kept.contains(key) || !file.contains(key)) continue;
+    const auto found = byKey.find(key);
+    if (found == byKey.end()) byKey.emplace(key, std::move(entry));
+    else if (!found->second.stored && entry.stored) found->second = std::move(entry);
+  }
+  std::vector<Entry> removed;
+  for (auto &[key, entry] : byKey) removed.push_back(std::move(entry));
+  return removed;
+}
+
+ChangeReport applyImport(const Plan &plan, std::span<const std::string> removeKeys, const MixerSelection &which) {
+  return changeSettings(plan.assignments, removeKeys, which);
 }
 
 }  // namespace nvx::support

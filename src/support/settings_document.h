@@ -8,8 +8,8 @@
 //
 // Exporting writes every setting instance that the settings file holds with a value the library
 // accepts. Importing checks the whole document first and changes nothing when any part is wrong;
-// a checked document (a Plan) is then set instance by instance through the library's setters, so
-// the mixers, the settings file and other programs all learn of each value.
+// a checked document (a Plan) is then sent to the mixers setting by setting and stored in one update
+// of the settings file, and other programs learn of each value as they do from the setters.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -21,6 +21,7 @@
 #include <variant>
 #include <vector>
 
+#include "support/setting_change.h"
 #include "support/setting_entries.h"
 #include "support/stored_settings.h"
 
@@ -42,13 +43,6 @@ Export exportSettings(const StoredSettings &file);
 // A document as a person reads it best: the header first, then one line per setting, each with its
 // keys in a fixed order ("setting", "args", "key", "fields"). Still one JSON document.
 std::string documentText(const nlohmann::json &document);
-
-// One instance set to one value.
-struct Assignment {
-  const Setting *setting;
-  Args args;
-  Values values;
-};
 
 // A checked document: every assignment is allowed, each instance appears once, and they are in the
 // setting table's order.
@@ -94,19 +88,19 @@ std::vector<Change> describe(const Plan &plan, const StoredSettings &file);
 
 const char *changeKindName(ChangeKind kind);  // "added", "changed", "unchanged"
 
-struct Applied {
-  Assignment assignment;
-  WriteResult written;  // the library's result (NVX_OK, NVX_WARNING with its text, or a refusal)
-};
+// The keys of the settings file that the tool's settings own: exactly those an export writes (every
+// instance that can be set), of every setting or of one. Keys of other programs, "Output4" and
+// "PopUp" are not among them.
+std::vector<std::string> ownedKeys(const Setting *only = nullptr);
 
-struct ApplyResult {
-  std::vector<Applied> applied;
+// What the file holds under owned keys that the plan does not set: the entries an import with
+// --replace (or a reset, with an empty plan) removes.
+std::vector<Entry> removedBy(const Plan &plan, const StoredSettings &file, const Setting *only = nullptr);
 
-  size_t refused() const;  // assignments the library refused
-};
-
-// Sets every assignment through the library, in the plan's order: each is sent to every connected
-// mixer, stored, and (routing, boost) announced to other programs.
-ApplyResult applyImport(const Plan &plan);
+// Sets every assignment in one change: sent to the selected mixers, stored in one update of the
+// settings file together with the removal of `removeKeys` (all or nothing), and (routing, boost)
+// announced to other programs.
+ChangeReport applyImport(const Plan &plan, std::span<const std::string> removeKeys = {},
+                         const MixerSelection &which = {});
 
 }  // namespace nvx::support

@@ -7,33 +7,16 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <set>
 
 #include "store/auto_setup_file.h"
 #include "store/file_paths.h"
-#include "tables/play_settings.h"
+#include "tables/settings.h"
 
 namespace nvx::support {
 
 namespace {
 
 bool writableByMe(const std::string &path) { return ::faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0; }
-
-std::set<std::string, std::less<>> libraryKeys() {
-  namespace keys = nvx::keys;
-  std::set<std::string, std::less<>> all;
-  for (int channel = 0; channel <= 4; ++channel) all.insert(keys::makeKey(keys::kOutputTemplate, channel));
-  all.emplace(keys::kMaxLevel);
-  all.emplace(keys::kPopUp);
-  for (const auto key : keys::kFilterKeys) all.emplace(key);
-  for (const auto &bank : keys::kBeatFxTemplates)
-    for (const auto keyTemplate : bank)
-      for (int item = 0; item <= 2; ++item) all.insert(keys::makeKey(keyTemplate, item));
-  for (const auto key : keys::kChannelFaderKeys) all.emplace(key);
-  for (const auto key : keys::kTailKeys) all.emplace(key);
-  for (const auto &row : tables::kPlaySettings) all.emplace(row.key);
-  return all;
-}
 
 }  // namespace
 
@@ -111,9 +94,6 @@ const char *stateName(StoredSettings::State state) {
   return "readable";
 }
 
-bool isLibraryKey(std::string_view key) {
-  static const auto all = libraryKeys();
-  return all.contains(key);
-}
+bool isLibraryKey(std::string_view key) { return tables::isLibraryKey(key); }
 
 }  // namespace nvx::support

@@ -2,8 +2,6 @@
 // be read, and whether it holds a given key with an integer value. The public API cannot tell a
 // stored value from a default, and has no getter at all for the channel-fader words.
 //
-// Key names come from the library's one key table (tables/stored_keys.h), included here so that
-// users of this header name keys exactly as the library writes them.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +12,6 @@
 #include <vector>
 
 #include "store/plist_file.h"
-#include "tables/stored_keys.h"
 
 namespace nvx::support {
 

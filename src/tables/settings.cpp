@@ -67,14 +67,14 @@ uint32_t beatFxLast(Numbers args) {
   return args[2] == kDepthItem ? 255 : kLastBeatCode;
 }
 
-constexpr std::array<FieldSpec, 1> kRoutingFields{{{"source", routingText, upTo<kRoutingMenuSize - 1>}}};
+constexpr std::array<FieldSpec, 1> kRoutingFields{{{"source", routingText, upTo<kRoutingMenuSize - 1>, 0}}};
 constexpr std::array<FieldSpec, 1> kBoostFields{
     {{"level", tableText<BoostLevelText, 4>, tableLast<BoostLevelText, 4>}}};
 constexpr std::array<FieldSpec, 2> kFilterFields{{
     {"mode", tableText<FXBANKFilterModeText, 6>, tableLast<FXBANKFilterModeText, 6>},
     {"param", nullptr, upTo<255>},
 }};
-constexpr std::array<FieldSpec, 1> kBeatFxFields{{{"value", beatFxText, beatFxLast}}};
+constexpr std::array<FieldSpec, 1> kBeatFxFields{{{"value", beatFxText, beatFxLast, 2}}};
 constexpr std::array<FieldSpec, 1> kChannelFaderFields{
     {{"mode", tableText<FXBANKChFaderModeText, 4>, tableLast<FXBANKChFaderModeText, 4>}}};
 constexpr std::array<FieldSpec, 1> kTailFields{{{"tail", nullptr, upTo<1>}}};

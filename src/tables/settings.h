@@ -42,6 +42,9 @@ struct FieldSpec {
   const char *(*text)(Numbers args, uint32_t index);
   // The highest number the field takes for this instance.
   uint32_t (*last)(Numbers args);
+  // The parameter whose value changes the menu or range (the channel of a routing menu, the item of
+  // a beat FX value); -1 when it is the same for every instance.
+  int dependsOn = -1;
 };
 
 // What a change announces to other processes.

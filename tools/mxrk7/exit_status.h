@@ -8,13 +8,18 @@
 
 namespace mxrk7 {
 
+// For a change, the first matching row wins: Usage, Refused, Failure (the settings file did not
+// take it), NoAccess (mixers were found and none took it), Partial, NoMixer (where the verb needs
+// one), Ok.
 enum class Exit : int {
-  Ok = 0,        // done (also: stored only because no mixer is connected; a routing warning)
+  Ok = 0,        // done (also: stored while no mixer is connected; a routing warning)
   Usage = 1,     // bad command line: unknown verb, setting or value; wrong number of words
   Refused = 2,   // the library refused the request (NVX_ERROR)
   NoMixer = 3,   // no mixer connected where the verb needs one
-  NoAccess = 4,  // mixers are connected, but every one is busy or denied
-  Failure = 5,   // anything else
+  NoAccess = 4,  // mixers were found, and none took the change (or, for verbs that change nothing,
+                 // none can be opened)
+  Failure = 5,   // the settings file did not take the change, or another failure
+  Partial = 6,   // some mixers took the change and some did not
 };
 
 // Thrown by a verb that cannot do its work; main() prints it and exits with its code.

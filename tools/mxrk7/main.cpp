@@ -11,6 +11,7 @@
 #include "environment.h"
 #include "exit_status.h"
 #include "output.h"
+#include "suggest.h"
 #include "verbs.h"
 
 namespace {
@@ -31,7 +32,8 @@ bool jsonRequested(int argc, char **argv) {
 // verbs. Empty when the verb is known (CLI11's own message is then the better one).
 std::string verbProblem(CLI::App &app, int argc, char **argv) {
   std::vector<std::string> verbs;
-  for (const auto *verb : app.get_subcommands([](const CLI::App *) { return true; })) verbs.push_back(verb->get_name());
+  for (const auto *verb : app.get_subcommands([](const CLI::App *v) { return !v->get_group().empty(); }))
+    verbs.push_back(verb->get_name());
   for (int i = 1; i < argc; ++i) {
     const std::string word = argv[i];
     if (word == "--") break;
@@ -41,7 +43,7 @@ std::string verbProblem(CLI::App &app, int argc, char **argv) {
     }
     if (word.starts_with("-")) continue;
     if (app.get_subcommands([&](const CLI::App *verb) { return verb->check_name(word); }).empty())
-      return fmt::format("unknown verb \"{}\"; verbs: {}", word, fmt::join(verbs, ", "));
+      return fmt::format("unknown verb \"{}\"{}; verbs: {}", word, didYouMean(word, verbs), fmt::join(verbs, ", "));
     return {};
   }
   return fmt::format("a verb is required; verbs: {}", fmt::join(verbs, ", "));
@@ -59,7 +61,8 @@ int main(int argc, char **argv) {
   app.add_flag("--json", options.json, "Machine-readable output: one JSON document (watch: one object per line)");
   app.add_flag("--virtual", options.virtualMixers,
                "Use the two demo mixers instead of USB, with demo settings kept apart from yours");
-  app.add_option("--config-home", options.configHome, "Folder of the settings file (instead of XDG_CONFIG_HOME)");
+  app.add_option("--config-home", options.configHome, "Folder of the settings file (instead of XDG_CONFIG_HOME)")
+      ->type_name("DIR");
   app.footer(
       "\nExamples:\n"
       "  mxrk7 --virtual info             try it without a mixer\n"
@@ -69,8 +72,9 @@ int main(int argc, char **argv) {
       "  mxrk7 set boost -10dB            change a setting\n"
       "  mxrk7 list fx-filter             the values a setting takes\n"
       "  mxrk7 export my-settings.json    keep every setting in a file (mxrk7 import reads it)\n"
-      "\nExit codes: 0 done, 1 usage error, 2 refused by the library, 3 no mixer, 4 no access to a mixer,\n"
-      "5 other failure. Run mxrk7 VERB --help for a verb's own examples.\n");
+      "\nExit codes: 0 done, 1 usage error, 2 refused by the library, 3 no mixer, 4 no mixer took the change\n"
+      "(or none can be opened), 5 not stored or another failure, 6 some mixers took the change and some did not.\n"
+      "Run mxrk7 VERB --help for a verb's own examples.\n");
 
   VerbRegistry verbs(app);
   addStatusVerbs(verbs);
@@ -79,6 +83,8 @@ int main(int argc, char **argv) {
   addWatchVerb(verbs);
   addTransferVerbs(verbs);
   addDoctorVerb(verbs);
+  addCompletionVerb(verbs, app);
+  addReferenceVerb(verbs);
 
   try {
     app.parse(argc, argv);

@@ -61,15 +61,6 @@ std::string mixerFix(const MixerStatus &mixer) {
   return "unplug the mixer and plug it in again; if that does not help, see the system log (journalctl -k)";
 }
 
-std::string deliveryText(const nlohmann::json &counts) {
-  const auto found = counts.at("found").get<size_t>();
-  const auto accessible = counts.at("accessible").get<size_t>();
-  if (found == 0) return "stored; no mixer is connected (it is sent when one is: mxrk7 apply)";
-  if (accessible == 0) return "stored, but not sent: no mixer could be opened (see mxrk7 devices)";
-  if (accessible < found) return fmt::format("sent to {} of {} mixers and stored (see mxrk7 devices)", accessible, found);
-  return fmt::format("sent to {} mixer{} and stored", found, found == 1 ? "" : "s");
-}
-
 nlohmann::json busJson(const nvx::support::BusReport &bus, bool withStatus) {
   nlohmann::json mixers = nlohmann::json::array();
   for (const auto &mixer : bus.mixers) {

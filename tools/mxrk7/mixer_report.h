@@ -17,10 +17,6 @@ nlohmann::json busJson(const nvx::support::BusReport &bus, bool withStatus);
 // {"found": n, "accessible": k}
 nlohmann::json mixerCountsJson(const nvx::support::BusReport &bus);
 
-// Where a value that was set went, from mixerCountsJson's counts: "sent to 2 mixers and stored",
-// "stored; no mixer is connected (...)", ...
-std::string deliveryText(const nlohmann::json &counts);
-
 // What to do about a mixer that could not be opened; empty for one that could.
 std::string mixerFix(const nvx::support::MixerStatus &mixer);
 

@@ -6,6 +6,7 @@
 #include <cctype>
 
 #include "exit_status.h"
+#include "suggest.h"
 
 namespace mxrk7 {
 
@@ -24,7 +25,8 @@ const Setting &settingNamed(const std::string &word) {
   if (const auto *setting = findSetting(word)) return *setting;
   std::vector<std::string> names;
   for (const auto &setting : settingTable()) names.push_back(setting.name);
-  throw Failure(Exit::Usage, fmt::format("unknown setting \"{}\"; settings: {}", word, settingNames()),
+  throw Failure(Exit::Usage,
+                fmt::format("unknown setting \"{}\"{}; settings: {}", word, didYouMean(word, names), settingNames()),
                 {{"word", word}, {"allowed", names}});
 }
 

@@ -17,6 +17,8 @@ using nvx::support::Args;
 using nvx::support::argsJson;
 using nvx::support::Domain;
 using nvx::support::Entry;
+using nvx::support::Field;
+using nvx::support::Param;
 using nvx::support::entryJson;
 using nvx::support::evaluate;
 using nvx::support::fieldsJson;
@@ -33,7 +35,6 @@ using nvx::support::targetOf;
 using nvx::support::targetText;
 using nvx::support::valueText;
 using nvx::support::Values;
-using nvx::support::WriteResult;
 
 // Command-line words. Each throws a usage Failure that names what is allowed.
 const Setting &settingNamed(const std::string &word);

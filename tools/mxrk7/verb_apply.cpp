@@ -1,12 +1,12 @@
 // apply: sends every setting the settings file holds to the connected mixers, and nothing for a
 // setting it does not hold (a missing key never resets the mixer to a default).
-#include <NorvaneMXRK7Setup.h>
 #include <fmt/format.h>
 
 #include <chrono>
 #include <memory>
 #include <thread>
 
+#include "change_output.h"
 #include "mixer_report.h"
 #include "setting_values.h"
 #include "support/mixer_probe.h"
@@ -23,13 +23,16 @@ using nvx::support::StoredSettings;
 struct ApplyOptions {
   bool wait = false;
   double timeoutSeconds = 10;
+  std::string mixer;
 };
 
-// What apply did for one instance.
-nlohmann::json actionJson(const Entry &entry, const std::string &via, int32_t result) {
-  nlohmann::json action = entryJson(entry);
-  action["via"] = via;
-  action["result"] = result == NVX_OK ? "ok" : "refused";
+// What apply did for one instance: the stored value sent again ("via": "replay"), taken by every
+// mixer reached ("ok"), by some ("partial") or by none ("failed").
+nlohmann::json actionJson(const nvx::support::Assignment &sent, const nvx::support::AssignmentOutcome &outcome,
+                          const StoredSettings &file) {
+  nlohmann::json action = entryJson(evaluate(*sent.setting, sent.args, file));
+  action["via"] = "replay";
+  action["result"] = outcome.took == outcome.reached ? "ok" : outcome.took == 0 ? "failed" : "partial";
   return action;
 }
 
@@ -45,13 +48,15 @@ nvx::support::BusReport awaitMixers(const ApplyOptions &options) {
 
 std::string applyText(const nlohmann::json &doc) {
   std::string text;
-  for (const auto &action : doc.at("sent"))
+  for (const auto &action : doc.at("sent")) {
+    const std::string result = action.at("result").get<std::string>();
     text += fmt::format("{:<26} {:<34} {}\n", targetText(action), valueText(action.at("fields")),
-                        action.at("result") == "ok" ? fmt::format("sent ({})", action.at("via").get<std::string>())
-                                                    : "refused by the library");
+                        result == "ok" ? "sent" : result == "partial" ? "sent to some mixers" : "not sent");
+  }
   for (const auto &skip : doc.at("skipped"))
     text += fmt::format("{:<26} {:<34} skipped: {}\n", targetText(skip), "-", skip.at("reason").get<std::string>());
-  if (text.empty()) text = "Nothing to send: the settings file holds no setting.\n";
+  if (text.empty()) return "Nothing to send: the settings file holds no setting.\n";
+  if (doc.at("mixers").is_object()) text += deliveryText(doc) + ".\n";
   return text;
 }
 
@@ -62,29 +67,27 @@ Exit apply(Context &context, const ApplyOptions &options) {
                   {{"file", fileJson(file)}});
 
   const auto held = nvx::support::heldSettings(file);
-  nlohmann::json doc = {{"file", fileJson(file)}, {"mixers", nullptr}, {"sent", nlohmann::json::array()},
+  nlohmann::json doc = {{"file", fileJson(file)},          {"result", "ok"},    {"mixers", nullptr},
+                        {"stored", nullptr},               {"sent", nlohmann::json::array()},
                         {"skipped", nlohmann::json::array()}};
-  if (held.empty()) {
+  for (const auto &entry : held.skipped) doc["skipped"].push_back(skippedJson(entry));
+  if (held.valid.empty()) {
     context.out.result(doc, applyText);
     return Exit::Ok;
   }
 
   const auto bus = awaitMixers(options);
-  doc["mixers"] = mixerCountsJson(bus);
-  if (const Exit outcome = accessOutcome(bus); outcome != Exit::Ok)
-    throw Failure(outcome, accessProblem(bus) + "; nothing was sent", {{"mixers", doc["mixers"]}});
-
-  bool refused = false;
-  nvx::support::resend(
-      held, {.sent =
-                 [&](const Entry &entry, nvx::support::Via via, int32_t result) {
-                   refused |= result != NVX_OK;
-                   doc["sent"].push_back(
-                       actionJson(entry, via == nvx::support::Via::Replay ? "replay" : "setter", result));
-                 },
-             .skipped = [&](const Entry &entry) { doc["skipped"].push_back(skippedJson(entry)); }});
+  if (accessOutcome(bus) == Exit::NoMixer)
+    throw Failure(Exit::NoMixer, "no mixer is connected; nothing was sent", {{"mixers", mixerCountsJson(bus)}});
+  const auto which = options.mixer.empty() ? nvx::support::MixerSelection{} : selectedMixer(options.mixer);
+  // What the file holds goes out again; nothing is stored, so the file cannot make apply fail.
+  const auto report = nvx::support::sendSettings(held.valid, which);
+  for (size_t i = 0; i < held.valid.size(); ++i) doc["sent"].push_back(actionJson(held.valid[i], report.each[i], file));
+  const Exit exit = changeExit(report);
+  doc["mixers"] = mixersJson(report, true);
+  doc["result"] = resultOf(exit);
   context.out.result(doc, applyText);
-  return refused ? Exit::Refused : Exit::Ok;
+  return exit;
 }
 
 }  // namespace
@@ -98,9 +101,12 @@ void addApplyVerb(VerbRegistry &verbs) {
       {"mxrk7 apply", "mxrk7 apply --wait", "mxrk7 --virtual apply --json"},
       [options](Context &context) { return apply(context, *options); });
   verb->add_flag("--wait", options->wait, "Wait until a mixer can be opened (after it was plugged in)");
-  verb->add_option("--timeout", options->timeoutSeconds, "How long --wait waits, in seconds")
-      ->capture_default_str()
-      ->check(CLI::Range(0.0, 600.0));
+  verb->add_option("--timeout", options->timeoutSeconds, "How long --wait waits: 0-600 seconds (default 10)")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.0, 600.0).description(""));
+  verb->add_option("--mixer", options->mixer, "Send to this one mixer only: its number as mxrk7 devices lists it, or "
+                                              "BUS-PORT")
+      ->type_name("N|BUS-PORT");
 }
 
 }  // namespace mxrk7

@@ -1,12 +1,12 @@
-// show, list, get, set and routing: the remembered settings, read and changed through the library.
-#include <NorvaneMXRK7Setup.h>
+// show, list, get, set, reset and routing: the remembered settings, read and changed through the
+// library's core.
 #include <fmt/format.h>
 
 #include <memory>
 
-#include "mixer_report.h"
+#include "change_output.h"
 #include "setting_values.h"
-#include "support/mixer_probe.h"
+#include "support/settings_document.h"
 #include "support/stored_settings.h"
 #include "verbs.h"
 
@@ -16,9 +16,11 @@ namespace {
 
 using nvx::support::StoredSettings;
 
-// The command-line words after a verb.
+// The command-line words after a verb, and the verb's own options.
 struct Words {
   std::vector<std::string> list;
+  std::string mixer;   // --mixer (set, reset)
+  bool value = false;  // --value (get)
 };
 
 Failure wrongCount(const Setting &setting, const std::string &verb, bool withValues) {
@@ -49,11 +51,24 @@ Exit show(Context &context) {
   return Exit::Ok;
 }
 
+// One line per instance: the value's fields as numbers, separated by blanks, in the order `set` takes
+// them; an empty line for an instance without a value.
+std::string bareValues(const nlohmann::json &doc) {
+  std::string text;
+  for (const auto &entry : doc.at("settings")) {
+    std::vector<std::string> numbers;
+    if (entry.at("fields").is_array() && entry.at("source") != "invalid")
+      for (const auto &field : entry.at("fields")) numbers.push_back(field.at("index").dump());
+    text += fmt::format("{}\n", fmt::join(numbers, " "));
+  }
+  return text;
+}
+
 Exit get(Context &context, const Words &words) {
   const Setting &setting = settingNamed(words.list.at(0));
   const std::vector<std::string> rest(words.list.begin() + 1, words.list.end());
   if (rest.size() > setting.params.size()) throw wrongCount(setting, "get", false);
-  context.out.result(entriesJson({&setting}, parseArgs(setting, rest)), entriesText);
+  context.out.result(entriesJson({&setting}, parseArgs(setting, rest)), words.value ? bareValues : entriesText);
   return Exit::Ok;
 }
 
@@ -87,7 +102,7 @@ nlohmann::json listJson(const Setting &setting, const Args &prefix) {
     }
     fields.push_back({{"name", field.name}, {"domains", domains}});
   }
-  return {{"setting", setting.name},       {"summary", setting.summary}, {"usage", usageOf(setting, true)},
+  return {{"setting", setting.name},       {"summary", setting.sentence}, {"usage", usageOf(setting, true)},
           {"read_only", setting.readOnly()}, {"params", params},        {"fields", fields}};
 }
 
@@ -131,7 +146,7 @@ Exit list(Context &context, const Words &words) {
     // No setting named: every setting with its usage.
     nlohmann::json settings = nlohmann::json::array();
     for (const auto &setting : settingTable())
-      settings.push_back({{"setting", setting.name}, {"usage", usageOf(setting, true)}, {"summary", setting.summary},
+      settings.push_back({{"setting", setting.name}, {"usage", usageOf(setting, true)}, {"summary", setting.sentence},
                           {"read_only", setting.readOnly()}});
     context.out.result({{"settings", settings}}, [](const nlohmann::json &d) {
       std::string text;
@@ -149,54 +164,92 @@ Exit list(Context &context, const Words &words) {
   return Exit::Ok;
 }
 
-// --- set ----------------------------------------------------------------------------------------
+// --- set and reset ------------------------------------------------------------------------------
 
 std::string setText(const nlohmann::json &doc) {
-  const std::string where = deliveryText(doc.at("mixers"));
-  std::string text = fmt::format("{} = {}: {}.\n", targetText(doc), valueText(doc.at("fields")), where);
+  std::string text = fmt::format("{} = {}: {}.\n", targetText(doc), valueText(doc.at("fields")), deliveryText(doc));
   if (doc.at("warning").is_string()) text += fmt::format("Warning: {}\n", doc.at("warning").get<std::string>());
   return text;
+}
+
+// The mixer --mixer names; every mixer without it.
+nvx::support::MixerSelection mixersOf(const Words &words) {
+  return words.mixer.empty() ? nvx::support::MixerSelection{} : selectedMixer(words.mixer);
 }
 
 Exit set(Context &context, const Words &words) {
   const Setting &setting = settingNamed(words.list.at(0));
   if (setting.readOnly())
-    throw Failure(Exit::Usage, fmt::format("{} is read-only: {}", setting.name, setting.summary), {{"setting", setting.name}});
+    throw Failure(Exit::Usage, fmt::format("{} is read-only: {}", setting.name, setting.sentence), {{"setting", setting.name}});
   const std::vector<std::string> rest(words.list.begin() + 1, words.list.end());
   if (rest.size() != setting.params.size() + setting.fields.size()) throw wrongCount(setting, "set", true);
   const std::vector<std::string> argWords(rest.begin(), rest.begin() + static_cast<ptrdiff_t>(setting.params.size()));
   const std::vector<std::string> valueWords(rest.begin() + static_cast<ptrdiff_t>(setting.params.size()), rest.end());
   const Args args = parseArgs(setting, argWords);
-  if (setting.refuseSet)
-    if (const auto why = setting.refuseSet(args)) throw Failure(Exit::Usage, *why, {{"setting", setting.name}});
+  if (const auto why = setting.refuseSet(args)) throw Failure(Exit::Usage, *why, {{"setting", setting.name}});
   const Values values = parseValues(setting, args, valueWords);
 
-  const auto bus = nvx::support::probeMixers(nvx::support::Probe::AccessOnly);
-  const WriteResult written = setting.write(args, values);
-  if (written.result != NVX_OK && written.result != NVX_WARNING)
-    throw Failure(Exit::Refused,
-                  fmt::format("the library refused to set {} to {}", targetOf(setting, args),
-                              valueText(fieldsJson(setting, args, values))),
-                  {{"setting", setting.name}, {"result", written.result}});
-  const nlohmann::json doc = {{"setting", setting.name},
-                              {"args", argsJson(setting, args)},
-                              {"fields", fieldsJson(setting, args, values)},
-                              {"result", written.result == NVX_WARNING ? "warning" : "ok"},
-                              {"warning", written.warning ? nlohmann::json(*written.warning) : nlohmann::json(nullptr)},
-                              {"mixers", mixerCountsJson(bus)}};
+  const auto report = nvx::support::changeSetting({&setting, args, values}, mixersOf(words));
+  const Exit exit = changeExit(report);
+  const auto &warning = report.each.at(0).warning;
+  nlohmann::json doc = {{"setting", setting.name},
+                        {"args", argsJson(setting, args)},
+                        {"fields", fieldsJson(setting, args, values)},
+                        {"result", exit == Exit::Ok && warning ? "warning" : resultOf(exit)},
+                        {"warning", warning ? nlohmann::json(*warning) : nlohmann::json(nullptr)},
+                        {"mixers", mixersJson(report, false)},
+                        {"stored", storedJson(report)}};
   context.out.result(doc, setText);
-  // Stored either way; but a mixer that is there and could not be reached did not get it.
-  return accessOutcome(bus) == Exit::NoAccess ? Exit::NoAccess : Exit::Ok;
+  return exit;
+}
+
+std::string resetText(const nlohmann::json &doc) {
+  std::string text;
+  for (const auto &entry : doc.at("removed")) text += fmt::format("removed {}\n", entryLine(entry));
+  if (doc.at("removed").empty()) return "Nothing to reset: the settings file holds none of these settings.\n";
+  return text + fmt::format("{}.\n", deliveryText(doc));
+}
+
+// Removes the keys of the tool's settings (those an export writes) from the settings file, all in one
+// update; the mixers keep what they were last sent.
+Exit reset(Context &context, const Words &words) {
+  if (words.list.size() > 1) throw Failure(Exit::Usage, "usage: mxrk7 reset [SETTING]");
+  const Setting *only = words.list.empty() ? nullptr : &settingNamed(words.list.at(0));
+  if (only && only->readOnly())
+    throw Failure(Exit::Usage, fmt::format("{} is read-only: {}", only->name, only->sentence), {{"setting", only->name}});
+  const auto file = StoredSettings::read();
+  nlohmann::json removed = nlohmann::json::array();
+  for (const auto &entry : nvx::support::removedBy({}, file, only)) removed.push_back(entryJson(entry));
+  nlohmann::json doc = {{"file", fileJson(file)}, {"removed", removed}, {"result", "ok"}, {"mixers", nullptr},
+                        {"stored", nullptr}};
+  if (removed.empty()) {
+    context.out.result(doc, resetText);
+    return Exit::Ok;
+  }
+  const auto keys = nvx::support::ownedKeys(only);
+  const auto report = nvx::support::changeSettings({}, keys);
+  doc["stored"] = storedJson(report);
+  const Exit exit = changeExit(report);
+  doc["result"] = resultOf(exit);
+  context.out.result(doc, resetText);
+  return exit;
 }
 
 // Registers a verb that takes the words after it.
-void addWordVerb(VerbRegistry &verbs, const std::string &name, const std::string &description,
-                 const std::vector<std::string> &examples, const std::string &wordsHelp, bool required,
-                 Exit (*run)(Context &, const Words &)) {
-  auto words = std::make_shared<Words>();
+CLI::App *addWordVerb(VerbRegistry &verbs, const std::string &name, const std::string &description,
+                      const std::vector<std::string> &examples, const std::string &wordsName, const std::string &wordsHelp,
+                      bool required, Exit (*run)(Context &, const Words &), const std::shared_ptr<Words> &words) {
   CLI::App *verb = verbs.add(name, description, examples, [words, run](Context &context) { return run(context, *words); });
-  auto *option = verb->add_option("words", words->list, wordsHelp);
+  auto *option = verb->add_option("words", words->list, wordsHelp)->type_name(wordsName);
   if (required) option->required();
+  return verb;
+}
+
+void addMixerOption(CLI::App *verb, std::string &mixer) {
+  verb->add_option("--mixer", mixer,
+                   "Send to this one mixer only: its number as mxrk7 devices lists it, or BUS-PORT (the value is stored "
+                   "as usual, and the settings file applies to every mixer at its next plug)")
+      ->type_name("N|BUS-PORT");
 }
 
 }  // namespace
@@ -207,18 +260,32 @@ void addSettingVerbs(VerbRegistry &verbs) {
             "library's default, or not set.",
             {"mxrk7 show", "mxrk7 --virtual show", "mxrk7 show --json"}, show);
   addWordVerb(verbs, "list", "The settings, or the values one setting takes (its menu texts, or its range).",
-              {"mxrk7 list", "mxrk7 list boost", "mxrk7 list routing 1", "mxrk7 list beat-fx"},
-              "SETTING [ARGS]: a setting name and, optionally, its leading arguments", false, list);
-  addWordVerb(verbs, "get", "The current value of a setting (of every instance its leading arguments name).",
-              {"mxrk7 get pad-mode", "mxrk7 get fx-filter B", "mxrk7 get beat-fx temporary 3",
-               "mxrk7 get routing --json"},
-              "SETTING [ARGS]", true, get);
-  addWordVerb(verbs, "set",
-              "Set a setting on every mixer and remember it. Values are menu texts (any case, blanks "
-              "ignored) or indices (decimal or 0x hex).",
-              {"mxrk7 set pad-mode 2", "mxrk7 set fx-filter B PITCH 0x40", "mxrk7 set beat-fx temporary 3 depth 200",
-               "mxrk7 set routing 1 \"Cross Fader A\"", "mxrk7 set boost -10dB", "mxrk7 set channel-fader A \"fader roll\""},
-              "SETTING ARGS VALUE: see mxrk7 list SETTING", true, set);
+              {"mxrk7 list", "mxrk7 list boost", "mxrk7 list routing 1", "mxrk7 list beat-fx"}, "[SETTING [ARGS]]",
+              "A setting name and, optionally, its leading arguments", false, list, std::make_shared<Words>());
+  auto getWords = std::make_shared<Words>();
+  CLI::App *getVerb =
+      addWordVerb(verbs, "get", "The current value of a setting (of every instance its leading arguments name).",
+                  {"mxrk7 get pad-mode", "mxrk7 get fx-filter B", "mxrk7 get beat-fx temporary 3",
+                   "mxrk7 get boost --value", "mxrk7 get routing --json"},
+                  "SETTING [ARGS]", "A setting name and, optionally, its leading arguments", true, get, getWords);
+  getVerb->add_flag("--value", getWords->value,
+                    "Print only the value, as numbers in the order set takes them (one line per instance; an empty "
+                    "line where nothing is set): for scripts");
+  auto setWords = std::make_shared<Words>();
+  CLI::App *setVerb = addWordVerb(
+      verbs, "set",
+      "Set a setting on every mixer and remember it. Values are menu texts (any case, blanks ignored) or indices "
+      "(decimal or 0x hex).",
+      {"mxrk7 set pad-mode 2", "mxrk7 set fx-filter B PITCH 0x40", "mxrk7 set beat-fx temporary 3 depth 200",
+       "mxrk7 set routing 1 \"Cross Fader A\"", "mxrk7 set boost -10dB", "mxrk7 set channel-fader A \"fader roll\"",
+       "mxrk7 set pad-mode 1 --mixer 0"},
+      "SETTING ARGS VALUE", "See mxrk7 list SETTING for the arguments and values", true, set, setWords);
+  addMixerOption(setVerb, setWords->mixer);
+  addWordVerb(verbs, "reset",
+              "Forget remembered settings: remove every setting of this tool (or only SETTING) from the settings file, "
+              "in one update. Settings of other programs stay. The mixers keep what they were last sent.",
+              {"mxrk7 reset beat-fx", "mxrk7 reset", "mxrk7 --virtual reset --json"}, "[SETTING]",
+              "The setting to forget; every one without it", false, reset, std::make_shared<Words>());
   verbs.add("routing", "The source of each of the five USB audio channels.",
             {"mxrk7 routing", "mxrk7 set routing 1 \"Cross Fader A\"", "mxrk7 list routing 1"}, routing);
 }

@@ -11,9 +11,8 @@
 #include <memory>
 #include <sstream>
 
-#include "mixer_report.h"
+#include "change_output.h"
 #include "setting_values.h"
-#include "support/mixer_probe.h"
 #include "support/settings_document.h"
 #include "verbs.h"
 
@@ -26,6 +25,8 @@ namespace support = nvx::support;
 struct TransferOptions {
   std::string file;  // "-": standard output or input
   bool dryRun = false;
+  bool replace = false;  // import: the tool's settings become exactly the document
+  std::string mixer;     // import: --mixer
 };
 
 bool isStdio(const std::string &file) { return file == "-"; }
@@ -115,7 +116,6 @@ nlohmann::json changeJson(const support::Change &change) {
           {"fields", fieldsJson(*assignment.setting, assignment.args, assignment.values)},
           {"change", support::changeKindName(change.kind)},
           {"before", {{"source", before.at("source")}, {"stored", before.at("stored")}, {"fields", before.at("fields")}}},
-          {"result", nullptr},
           {"warning", nullptr}};
 }
 
@@ -123,7 +123,6 @@ std::string changeLine(const nlohmann::json &change) {
   const std::string kind = change.at("change").get<std::string>();
   std::string what = kind;
   if (kind == "changed") what += " (was " + valueText(change.at("before").at("fields")) + ")";
-  if (change.at("result") == "refused") what += "; refused by the library";
   return fmt::format("{:<26} {:<34} {}", targetText(change), valueText(change.at("fields")), what);
 }
 
@@ -137,15 +136,19 @@ std::string importText(const nlohmann::json &doc) {
     if (change.at("warning").is_string())
       text += fmt::format("  Warning: {}\n", change.at("warning").get<std::string>());
   }
+  for (const auto &entry : doc.at("removed")) text += fmt::format("removed {}\n", entryLine(entry));
   const size_t total = doc.at("changes").size();
-  if (total == 0) return fmt::format("Nothing to import: {} holds no setting.\n", displayName(doc.at("path")));
-  const std::string tally = fmt::format("{} added, {} changed, {} unchanged", counts[0], counts[1], counts[2]);
+  const size_t removed = doc.at("removed").size();
+  if (total == 0 && removed == 0)
+    return fmt::format("Nothing to import: {} holds no setting.\n", displayName(doc.at("path")));
+  std::string tally = fmt::format("{} added, {} changed, {} unchanged", counts[0], counts[1], counts[2]);
+  if (doc.at("replace").get<bool>()) tally += fmt::format(", {} removed", removed);
   if (doc.at("dry_run").get<bool>())
     text += fmt::format("Would import {} setting{} from {} ({}); nothing was changed (--dry-run).\n", total,
                         total == 1 ? "" : "s", displayName(doc.at("path")), tally);
   else
     text += fmt::format("Imported {} setting{} from {} ({}): {}.\n", total, total == 1 ? "" : "s",
-                        displayName(doc.at("path")), tally, deliveryText(doc.at("mixers")));
+                        displayName(doc.at("path")), tally, deliveryText(doc));
   return text;
 }
 
@@ -161,40 +164,45 @@ Exit importVerb(Context &context, const TransferOptions &options) {
   const auto settings = StoredSettings::read();
   nlohmann::json changes = nlohmann::json::array();
   for (const auto &change : support::describe(plan, settings)) changes.push_back(changeJson(change));
-  nlohmann::json doc = {{"path", options.file},
-                        {"dry_run", options.dryRun},
-                        {"file", fileJson(settings)},
-                        {"mixers", nullptr},
-                        {"changes", std::move(changes)}};
-  if (options.dryRun || plan.assignments.empty()) {
+  nlohmann::json removed = nlohmann::json::array();
+  if (options.replace)
+    for (const auto &entry : support::removedBy(plan, settings)) removed.push_back(entryJson(entry));
+  nlohmann::json doc = {{"path", options.file},   {"dry_run", options.dryRun},     {"replace", options.replace},
+                        {"file", fileJson(settings)}, {"result", "ok"},             {"mixers", nullptr},
+                        {"stored", nullptr},         {"changes", std::move(changes)}, {"removed", std::move(removed)}};
+  if (options.dryRun || (plan.assignments.empty() && doc.at("removed").empty())) {
     context.out.result(doc, importText);
     return Exit::Ok;
   }
   if (settings.state() == StoredSettings::State::Unreadable)
-    context.out.note(fmt::format("the settings file {} cannot be read ({}): the import replaces it, and the library "
-                                 "keeps its old bytes as {}.bak",
-                                 settings.path(), settings.unreadableReason(), settings.path()));
+    context.out.note(fmt::format("the settings file {} cannot be read ({}): the import replaces it, and its old "
+                                 "bytes are kept as a backup next to it",
+                                 settings.path(), settings.unreadableReason()));
 
-  const auto bus = support::probeMixers(support::Probe::AccessOnly);
-  const auto applied = support::applyImport(plan);
-  doc["mixers"] = mixerCountsJson(bus);
-  for (size_t i = 0; i < applied.applied.size(); ++i) {
-    const auto &written = applied.applied[i].written;
-    auto &change = doc["changes"][i];
-    change["result"] = written.result == NVX_OK ? "ok" : written.result == NVX_WARNING ? "warning" : "refused";
-    if (written.warning) change["warning"] = *written.warning;
-  }
+  const auto which = options.mixer.empty() ? support::MixerSelection{} : selectedMixer(options.mixer);
+  std::vector<std::string> removeKeys;
+  if (options.replace) removeKeys = support::ownedKeys();
+  // Keys the plan sets are set, not removed.
+  std::erase_if(removeKeys, [&](const std::string &key) {
+    return std::any_of(plan.assignments.begin(), plan.assignments.end(),
+                       [&](const support::Assignment &a) { return a.setting->key(a.args) == key; });
+  });
+  const auto report = support::applyImport(plan, removeKeys, which);
+  const Exit exit = changeExit(report);
+  doc["mixers"] = mixersJson(report, true);
+  doc["stored"] = storedJson(report);
+  doc["result"] = resultOf(exit);
+  for (size_t i = 0; i < report.each.size(); ++i)
+    if (report.each[i].warning) doc["changes"][i]["warning"] = *report.each[i].warning;
   context.out.result(doc, importText);
-  if (applied.refused() != 0) return Exit::Refused;
-  // Stored either way; but a mixer that is there and could not be reached did not get it.
-  return accessOutcome(bus) == Exit::NoAccess ? Exit::NoAccess : Exit::Ok;
+  return exit;
 }
 
 CLI::App *addTransferVerb(VerbRegistry &verbs, const std::string &name, const std::string &description,
                           const std::vector<std::string> &examples, const std::string &fileHelp,
                           Exit (*run)(Context &, const TransferOptions &), std::shared_ptr<TransferOptions> options) {
   CLI::App *verb = verbs.add(name, description, examples, [options, run](Context &context) { return run(context, *options); });
-  verb->add_option("FILE", options->file, fileHelp)->required();
+  verb->add_option("FILE", options->file, fileHelp)->required()->type_name("FILE");
   return verb;
 }
 
@@ -211,10 +219,18 @@ void addTransferVerbs(VerbRegistry &verbs) {
       verbs, "import",
       "Check a document written by mxrk7 export (- for standard input), then set every setting it holds on "
       "every mixer and remember it. When one entry is wrong nothing is changed, and the message names it.",
-      {"mxrk7 import my-settings.json --dry-run", "mxrk7 import my-settings.json", "ssh laptop mxrk7 export - | mxrk7 import -"},
+      {"mxrk7 import my-settings.json --dry-run", "mxrk7 import my-settings.json",
+       "mxrk7 import --replace my-settings.json", "ssh laptop mxrk7 export - | mxrk7 import -"},
       "The document to read; - for standard input", importVerb, importOptions);
   import->add_flag("--dry-run", importOptions->dryRun,
                    "Only show what would change, compared with the settings file now; nothing is sent or stored");
+  import->add_flag("--replace", importOptions->replace,
+                   "Make this tool's settings in the settings file exactly the document: the ones it does not hold "
+                   "are forgotten (settings of other programs stay)");
+  import->add_option("--mixer", importOptions->mixer,
+                     "Send to this one mixer only: its number as mxrk7 devices lists it, or BUS-PORT (the values are "
+                     "stored as usual)")
+      ->type_name("N|BUS-PORT");
 }
 
 }  // namespace mxrk7

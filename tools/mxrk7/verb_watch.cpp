@@ -1,26 +1,33 @@
-// watch: prints each routing and boost change that any process makes, as it happens. The library
-// delivers changes through callbacks on this thread's GLib main loop.
+// watch: prints each change of any setting, by any program, as it happens. Routing and boost changes
+// arrive as the library's change callbacks on this thread's GLib main loop; every other change is
+// seen in the settings file. The shown value of each setting instance is kept, so a change that
+// arrives both ways is printed once.
 #include <NorvaneMXRK7Setup.h>
 #include <fmt/format.h>
 #include <glib-unix.h>
 #include <glib.h>
 
 #include <csignal>
+#include <map>
 #include <memory>
+#include <utility>
 
 #include "setting_values.h"
-#include "support/product.h"
 #include "support/session_bus.h"
+#include "support/settings_watch.h"
 #include "verbs.h"
 
 namespace mxrk7 {
 
 namespace {
 
-using nvx::support::productId;
+using Instance = std::pair<const Setting *, Args>;
 
 struct Watcher {
   const Output &out;
+  GMainLoop *loop;
+  std::map<Instance, nlohmann::json> shown;  // the value last shown (or found at the start) per instance
+  bool busGone = false;
 };
 
 std::string now() {
@@ -33,24 +40,44 @@ std::string changeText(const nlohmann::json &change) {
   std::string time = change.at("time").get<std::string>();
   // The clock time of the ISO 8601 form: 2024-05-01T21:14:03.123456+02:00 -> 21:14:03
   if (const auto t = time.find('T'); t != std::string::npos) time = time.substr(t + 1, 8);
-  return fmt::format("{} {} = {}", time, targetText(change), valueText(change.at("fields")));
+  const std::string value = change.at("fields").is_array() ? valueText(change.at("fields")) : "not set";
+  return fmt::format("{} {} = {}", time, targetText(change), value);
 }
 
-void report(const Watcher &watcher, const Setting &setting, const Args &args, uint32_t index) {
-  const nlohmann::json change = {{"time", now()},
-                                 {"setting", setting.name},
-                                 {"args", argsJson(setting, args)},
-                                 {"fields", fieldsJson(setting, args, {index})}};
+// Prints the instance's value unless it is the one shown last.
+void report(Watcher &watcher, const Setting &setting, const Args &args, const nlohmann::json &fields) {
+  auto &last = watcher.shown[{&setting, args}];
+  if (last == fields) return;
+  last = fields;
+  const nlohmann::json change = {
+      {"time", now()}, {"setting", setting.name}, {"args", argsJson(setting, args)}, {"fields", fields}};
   watcher.out.event(change, changeText);
 }
 
+// Every instance's value as the settings file holds it now: the change (if any) of each is reported.
+void readFile(Watcher &watcher, bool quietly) {
+  const auto file = StoredSettings::read();
+  for (const auto &setting : settingTable()) {
+    for (const auto &args : instances(setting)) {
+      const auto entry = evaluate(setting, args, file);
+      const nlohmann::json fields =
+          entry.source == Source::File || entry.source == Source::Default ? fieldsJson(setting, args, *entry.values)
+                                                                          : nlohmann::json(nullptr);
+      if (quietly) watcher.shown[{&setting, args}] = fields;
+      else report(watcher, setting, args, fields);
+    }
+  }
+}
+
 void onRoutingChanged(int32_t channel, int32_t index, void *context) {
-  report(*static_cast<Watcher *>(context), settingNamed("routing"), {static_cast<uint32_t>(channel)},
-         static_cast<uint32_t>(index));
+  const Setting &routing = settingNamed("routing");
+  const Args args{static_cast<uint32_t>(channel)};
+  report(*static_cast<Watcher *>(context), routing, args, fieldsJson(routing, args, {static_cast<uint32_t>(index)}));
 }
 
 void onBoostChanged(int32_t index, void *context) {
-  report(*static_cast<Watcher *>(context), settingNamed("boost"), {}, static_cast<uint32_t>(index));
+  const Setting &boost = settingNamed("boost");
+  report(*static_cast<Watcher *>(context), boost, {}, fieldsJson(boost, {}, {static_cast<uint32_t>(index)}));
 }
 
 gboolean quit(gpointer loop) {
@@ -63,20 +90,29 @@ Exit watch(Context &context) {
     throw Failure(Exit::Failure,
                   "no session bus: changes travel on the D-Bus session bus, and neither DBUS_SESSION_BUS_ADDRESS "
                   "nor $XDG_RUNTIME_DIR/bus names one");
-  Watcher watcher{context.out};
   const std::unique_ptr<GMainLoop, decltype(&g_main_loop_unref)> loop(g_main_loop_new(nullptr, FALSE),
                                                                        g_main_loop_unref);
+  Watcher watcher{context.out, loop.get(), {}, false};
+  const nvx::support::BusWatchdog watchdog([&watcher] {
+    watcher.busGone = true;
+    g_main_loop_quit(watcher.loop);
+  });
+  if (!watchdog.connected()) throw Failure(Exit::Failure, "the session bus does not answer");
+  readFile(watcher, true);
+  const nvx::support::SettingsFileWatch files([&watcher] { readFile(watcher, false); });
   const guint interrupt = g_unix_signal_add(SIGINT, quit, loop.get());
   const guint terminate = g_unix_signal_add(SIGTERM, quit, loop.get());
-  if (NVX_RegisterInputAudioChangedCallback(productId(), onRoutingChanged, &watcher) != NVX_OK ||
-      NVX_RegisterBoostLevelChangedCallback(productId(), onBoostChanged, &watcher) != NVX_OK)
+  if (NVX_RegisterInputAudioChangedCallback(0, onRoutingChanged, &watcher) != NVX_OK ||
+      NVX_RegisterBoostLevelChangedCallback(0, onBoostChanged, &watcher) != NVX_OK)
     throw Failure(Exit::Refused, "the library refused to register the change callbacks");
-  context.out.note("watching routing and boost changes; Ctrl-C ends");
+  context.out.note(fmt::format("watching every setting (the settings file in {}, and the session bus); Ctrl-C ends",
+                               files.folder()));
   g_main_loop_run(loop.get());
-  NVX_UnregisterInputAudioChangedCallback(productId());
-  NVX_UnregisterBoostLevelChangedCallback(productId());
+  NVX_UnregisterInputAudioChangedCallback(0);
+  NVX_UnregisterBoostLevelChangedCallback(0);
   g_source_remove(interrupt);
   g_source_remove(terminate);
+  if (watcher.busGone) throw Failure(Exit::Failure, "the session bus went away; no more changes can be seen");
   return Exit::Ok;
 }
 
@@ -84,8 +120,8 @@ Exit watch(Context &context) {
 
 void addWatchVerb(VerbRegistry &verbs) {
   verbs.add("watch",
-            "Print each routing and boost change made by any program as it happens, until Ctrl-C. With --json, "
-            "one JSON object per line.",
+            "Print each change of any setting, made by any program, as it happens, until Ctrl-C. With --json, one "
+            "JSON object per line. Ends with exit status 5 when the session bus goes away.",
             {"mxrk7 watch", "mxrk7 watch --json", "mxrk7 set routing 1 \"Cross Fader A\"   (in another terminal)"},
             watch);
 }

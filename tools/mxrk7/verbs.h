@@ -39,10 +39,13 @@ class VerbRegistry {
 
 // The verb groups.
 void addStatusVerbs(VerbRegistry &verbs);    // info, devices, udev-rule
-void addSettingVerbs(VerbRegistry &verbs);   // show, list, get, set, routing
+void addSettingVerbs(VerbRegistry &verbs);   // show, list, get, set, reset, routing
 void addApplyVerb(VerbRegistry &verbs);      // apply
 void addWatchVerb(VerbRegistry &verbs);      // watch
 void addTransferVerbs(VerbRegistry &verbs);  // export, import
 void addDoctorVerb(VerbRegistry &verbs);     // doctor
+// Hidden verbs for the shell completion scripts and the build.
+void addCompletionVerb(VerbRegistry &verbs, CLI::App &app);  // __complete
+void addReferenceVerb(VerbRegistry &verbs);                  // __reference
 
 }  // namespace mxrk7
