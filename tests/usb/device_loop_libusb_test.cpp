@@ -35,13 +35,16 @@ TEST_F(DeviceLoopOnLibusb, BusyFirstMixerIsSkippedAndTheSecondStillServed) {
   bed_.add(201, "2", 3, 0x046d, 0xc52b);  // not a mixer: never opened, never counted
   auto &second = bed_.add(201, "3", 4, id.vendor, id.product);
 
-  uint32_t count = 0;
+  SendReport sent;
   {
     const NodeLock other(first);
     ASSERT_TRUE(other.held());
-    count = sendToEveryMixer(SetMixerOutputSetting, 0x0207);
+    sent = sendToEveryMixer(Request::SetMixerOutputSetting, 0x0207);
   }
-  EXPECT_EQ(count, 2u);
+  EXPECT_EQ(sent.count, 2u);
+  ASSERT_EQ(sent.mixers.size(), 2u);
+  EXPECT_EQ(sent.mixers[0].result, MixerReport::Result::Busy);
+  EXPECT_EQ(sent.mixers[1].result, MixerReport::Result::Ok);
   EXPECT_TRUE(first.requests().empty());
   EXPECT_EQ(second.requests(), std::vector<SetupBytes>{wireBytes(0x40, 3, 0x0207, 0x8002, 0)});
   // The loop closed the second mixer again: its lock is free.
