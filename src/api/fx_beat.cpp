@@ -22,10 +22,6 @@ constexpr uint32_t kEffectCount = 15;
 constexpr uint32_t kLastEffectText = 15;    // one past the last name: the table's null end entry
 constexpr uint32_t kLastReplayEffect = 15;  // the replay admits one index past the last effect
 
-// Highest value the getter hands out per item: FXType indexes BFXTypeText, Deprh is any byte, BEAT
-// is a code 0-54. A stored value above its item's limit leaves the caller's output as it was.
-constexpr std::array<uint32_t, kLastItem + 1> kItemLimits = {14, 255, 54};
-
 const tables::SettingDescriptor &beatFx() { return tables::setting(tables::SettingId::BeatFx); }
 
 }  // namespace
@@ -53,8 +49,10 @@ int32_t NVX_GetFXBANKBFXModeIndex(int32_t productId, uint32_t bank, uint32_t pos
     const auto stored = store::readStored(file, *beatFx().key(instance), beatFx().readRule);
     if (!stored.hasValue()) return stored.isError() ? NVX_ERROR : NVX_OK;
     const uint32_t byte = api::lowByte(stored.value);  // the word's bank, position and item bits are ignored
+    // Up to the item's highest value (an effect of BFXTypeText, any depth byte, a beat code); a stored
+    // value above it leaves the caller's output as it was.
     if (item > kLastItem) *value = 0;
-    else if (byte <= kItemLimits[item]) *value = byte;
+    else if (byte <= beatFx().fields[0].last(instance)) *value = byte;
     return NVX_OK;
   });
 }

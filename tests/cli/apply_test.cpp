@@ -90,7 +90,7 @@ TEST_F(Apply, NeedsAMixerThatCanBeOpened) {
   bus.setMixers({busyMixer()});
   const auto busy = runTool({"apply"});
   EXPECT_EQ(busy.exitCode, 4) << busy.transcript();
-  EXPECT_NE(busy.err.find("busy"), std::string::npos);
+  EXPECT_NE(busy.out.find("busy"), std::string::npos) << busy.out;
   EXPECT_TRUE(bus.requests().empty());
 }
 

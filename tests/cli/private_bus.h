@@ -41,10 +41,13 @@ class PrivateBus {
     ::close(out[0]);
     address_ = line.substr(0, line.find('\n'));
   }
-  ~PrivateBus() {
+  ~PrivateBus() { stop(); }
+  // Ends the bus, as when the user's session bus goes away.
+  void stop() {
     if (pid_ > 0) {
       ::kill(pid_, SIGTERM);
       ::waitpid(pid_, nullptr, 0);
+      pid_ = -1;
     }
   }
   PrivateBus(const PrivateBus &) = delete;

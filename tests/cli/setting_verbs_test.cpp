@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
                       BadCase{"unknownMenuText", {"set", "fx-filter", "A", "PTICH", "1"}, "WIDE FILTER"},
                       BadCase{"paramAboveByte", {"set", "fx-filter", "B", "PITCH", "256"}, "0-255"},
                       BadCase{"boostText", {"set", "boost", "-11dB"}, "-10 dB"},
-                      BadCase{"routingChannelFour", {"set", "routing", "4", "MIC"}, "0-3"},
+                      BadCase{"routingChannelFour", {"set", "routing", "4", "MIC"}, "cannot be set"},
                       BadCase{"routingTextOfAnotherChannel", {"set", "routing", "3", "MIC"}, "FX SEND"},
                       BadCase{"positionSeven", {"set", "beat-fx", "A", "7", "type", "echo"}, "6"},
                       BadCase{"beatAbove54", {"set", "beat-fx", "A", "1", "beat", "55"}, "0-54"},
@@ -129,30 +129,74 @@ INSTANTIATE_TEST_SUITE_P(
                       BadCase{"listUnknown", {"list", "nosuch"}, "routing"}),
     [](const auto &test) { return std::string(test.param.name); });
 
-TEST_F(SettingVerbs, SetWithoutMixerStoresAndSucceeds) {
-  bus.setMixers({});
-  const auto run = runTool({"set", "pad-mode", "2", "--json"});
-  ASSERT_EQ(run.exitCode, 0) << run.transcript();
-  EXPECT_EQ(run.json()["mixers"], (json{{"found", 0}, {"accessible", 0}}));
-  EXPECT_EQ(settings.value("PADMode"), 2);
-  EXPECT_NE(runTool({"set", "pad-mode", "1"}).out.find("no mixer is connected"), std::string::npos);
+// What a change reports and how the tool exits, per mixer and for the file (the first matching row
+// of the exit table wins: 5 not stored, 4 no mixer took it, 6 some did, 0).
+struct OutcomeCase {
+  const char *name;
+  std::vector<std::string> opens;  // one mixer per entry: "ok", "busy", "denied", or "fail" (its request fails)
+  bool folderWritable;
+  int exitCode;
+  std::string result;
+  std::vector<std::string> each;  // each mixer's "result"
+  std::string says;               // in the text for people
+};
+
+void PrintTo(const OutcomeCase &c, std::ostream *os) { *os << c.name; }
+
+class SetOutcome : public SettingVerbs, public ::testing::WithParamInterface<OutcomeCase> {};
+
+TEST_P(SetOutcome, ReportsEachMixerAndTheFile) {
+  const auto &c = GetParam();
+  std::vector<VirtualMixer> mixers;
+  for (const auto &open : c.opens) {
+    VirtualMixer mixer;
+    if (open == "fail") mixer.fail = {"0x8514"};
+    else mixer.open = open;
+    mixers.push_back(mixer);
+  }
+  bus.setMixers(mixers);
+  std::vector<std::string> words = {"set", "pad-mode", "2"};
+  if (!c.folderWritable) {
+    // A folder that cannot be made, whoever runs the test: its parent is a file.
+    words.push_back("--config-home");
+    words.push_back(settings.dir().write("plain-file", "") + "/config");
+  }
+  std::vector<std::string> asJson = words;
+  asJson.push_back("--json");
+  const auto run = runTool(asJson);
+  EXPECT_EQ(run.exitCode, c.exitCode) << run.transcript();
+  const auto doc = run.json();
+  EXPECT_EQ(doc["result"], c.result);
+  std::vector<std::string> each;
+  for (const auto &mixer : doc["mixers"]["each"]) each.push_back(mixer["result"]);
+  EXPECT_EQ(each, c.each);
+  EXPECT_EQ(doc["mixers"]["found"], c.opens.size());
+  EXPECT_EQ(doc["stored"]["ok"], c.folderWritable);
+  EXPECT_EQ(settings.value("PADMode"), c.folderWritable ? std::optional<int64_t>(2) : std::nullopt);
+  const auto text = runTool(words);
+  EXPECT_NE(text.out.find(c.says), std::string::npos) << text.out;
 }
 
-TEST_F(SettingVerbs, SetWithOnlyABusyMixerStoresButReportsNoAccess) {
-  bus.setMixers({busyMixer()});
-  const auto run = runTool({"set", "pad-mode", "2", "--json"});
-  EXPECT_EQ(run.exitCode, 4) << run.transcript();
-  EXPECT_EQ(run.json()["mixers"], (json{{"found", 1}, {"accessible", 0}}));
-  EXPECT_EQ(settings.value("PADMode"), 2);
-  EXPECT_TRUE(writes().empty());
-}
+INSTANTIATE_TEST_SUITE_P(
+    , SetOutcome,
+    ::testing::Values(
+        OutcomeCase{"noMixer", {}, true, 0, "ok", {}, "no mixer is connected"},
+        OutcomeCase{"everyMixerTookIt", {"ok", "ok"}, true, 0, "ok", {"ok", "ok"}, "sent to 2 mixers; stored"},
+        OutcomeCase{"theRequestFailed", {"fail"}, true, 4, "not-sent", {"failed"}, "NOT sent"},
+        OutcomeCase{"onlyABusyMixer", {"busy"}, true, 4, "not-sent", {"busy"}, "is busy"},
+        OutcomeCase{"busyBesideAWorkingOne", {"busy", "ok"}, true, 6, "partial", {"busy", "ok"}, "sent to mixer 1;"},
+        OutcomeCase{"deniedBesideAWorkingOne", {"ok", "denied"}, true, 6, "partial", {"ok", "denied"}, "may not be opened"},
+        OutcomeCase{"folderNotWritable", {"ok"}, false, 5, "not-stored", {"ok"}, "NOT stored"}),
+    [](const auto &test) { return std::string(test.param.name); });
 
-TEST_F(SettingVerbs, SetSkipsABusyMixerAndReachesTheOther) {
-  bus.setMixers({busyMixer(), VirtualMixer{}});
-  const auto run = runTool({"set", "pad-mode", "2"});
+TEST_F(SettingVerbs, MixerOptionSendsToOneMixerAndStoresAsUsual) {
+  const auto run = runTool({"set", "pad-mode", "2", "--mixer", "1"});
   EXPECT_EQ(run.exitCode, 0) << run.transcript();
   EXPECT_EQ(writes(), std::vector<std::string>{writeLine(1, 0x8514, 0x0200)});
-  EXPECT_NE(run.out.find("1 of 2"), std::string::npos) << run.out;
+  EXPECT_EQ(settings.value("PADMode"), 2);
+  EXPECT_EQ(runTool({"set", "pad-mode", "1", "--mixer", "0-virtual-0"}).exitCode, 0);
+  EXPECT_EQ(runTool({"set", "pad-mode", "1", "--mixer", "7"}).exitCode, 3) << "a mixer that is not connected";
+  EXPECT_EQ(settings.value("PADMode"), 1) << "nothing changed for a mixer that is not there";
 }
 
 TEST_F(SettingVerbs, RoutingWarningIsShownAndStillSucceeds) {

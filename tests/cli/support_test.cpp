@@ -84,18 +84,27 @@ TEST(SettingsDocument, DescribeComparesWithTheFile) {
   EXPECT_EQ(kinds["cut-lag-mode"], support::ChangeKind::Added) << "a default the library reports is not stored";
 }
 
-TEST(SettingsDocument, ApplyingAPlanGoesThroughTheLibrary) {
+// A change of several settings: every mixer's share of it is reported, and the file takes every
+// setting and removal in one update.
+TEST(SettingsChange, ReportsEachMixerAndStoresEverythingInOneUpdate) {
   SettingsHome home;
-  VirtualBus bus({VirtualMixer{}});
+  home.writeIntegers({{"PADMode", 1}, {"Foreign", 5}});
+  VirtualMixer failsTail, busy;
+  failsTail.fail = {"0x8510"};
+  busy.open = "busy";
+  VirtualBus bus({VirtualMixer{}, failsTail, busy});
   const auto plan = std::get<support::Plan>(support::planImport(document(json::array({
       entry("beat-fx-tail", {{"bank", "B"}}, {{{"name", "tail"}, {"index", 1}}}),
       entry("crossfader-cut-lag", nullptr, {{{"name", "value"}, {"index", 255}}}),
   }))));
-  const auto result = support::applyImport(plan);
-  EXPECT_EQ(result.refused(), 0u);
-  ASSERT_EQ(result.applied.size(), 2u);
-  EXPECT_EQ(home.integers(), (std::map<std::string, int64_t>{{"TAIL_BANK_B", 0x1001}, {"CRFaderCutLag", 255}}));
-  EXPECT_EQ(bus.requests(), (std::vector<std::string>{writeLine(0, 0x8510, 0x1001), writeLine(0, 0x8511, 0xFF00)}));
+  const std::vector<std::string> forget = {"PADMode"};
+  const auto report = support::applyImport(plan, forget);
+  std::vector<std::tuple<uint32_t, std::string, size_t, size_t>> mixers;
+  for (const auto &m : report.mixers) mixers.emplace_back(m.number, support::outcomeName(m), m.took, m.missed);
+  EXPECT_EQ(mixers, (decltype(mixers){{0, "ok", 2, 0}, {1, "failed", 1, 1}, {2, "busy", 0, 2}}));
+  EXPECT_EQ(report.tookAll(), 1u);
+  ASSERT_TRUE(report.stored && report.stored->stored());
+  EXPECT_EQ(home.integers(), (std::map<std::string, int64_t>{{"TAIL_BANK_B", 0x1001}, {"CRFaderCutLag", 255}, {"Foreign", 5}}));
 }
 
 TEST(SettingsDocument, TheLaidOutTextIsTheSameDocument) {

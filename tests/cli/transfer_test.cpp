@@ -118,7 +118,8 @@ TEST_F(Transfer, ImportOfAnExportRestoresTheFileAndResendsEveryWord) {
     for (int device = 0; device < 2; ++device) expected.push_back(writeLine(device, s.wIndex, s.wValue));
   EXPECT_EQ(sorted(writes()), sorted(expected));
 
-  EXPECT_EQ(run.json()["mixers"], (json{{"found", 2}, {"accessible", 2}}));
+  EXPECT_EQ(run.json()["mixers"]["took"], 2);
+  EXPECT_EQ(run.json()["stored"]["ok"], true);
   ASSERT_EQ(run.json()["changes"].size(), kEveryKind.size());
   for (const auto &change : run.json()["changes"]) {
     EXPECT_EQ(change["change"], "added") << change;
@@ -329,35 +330,22 @@ TEST_F(Transfer, ImportWarnsForARoutingTheMixerCannotCarry) {
   EXPECT_EQ(settings.value("Output0"), 5);
 }
 
-struct MixerCase {
-  const char *name;
-  std::vector<std::string> opens;
-  int exitCode;
-  std::vector<int> reached;  // the devices that get the write
-};
-
-void PrintTo(const MixerCase &c, std::ostream *os) { *os << c.name; }
-
-class ImportMixers : public Transfer, public ::testing::WithParamInterface<MixerCase> {};
-
-TEST_P(ImportMixers, StoresAlwaysAndSendsToWhatCanBeOpened) {
-  bus.setMixersOpening(GetParam().opens);
+TEST_F(Transfer, ImportReplaceForgetsTheToolsSettingsTheDocumentLacks) {
+  settings.writeIntegers({{"PADMode", 1}, {"FaderStartMode", 2}, {"Output4", 3}, {"PopUp", 1}, {"Foreign", 7}});
   const std::string path = writeDocument(json::parse(R"({
     "format": "mxrk7-settings", "version": 1,
     "settings": [{"setting": "pad-mode", "fields": [{"name": "value", "index": 2}]}]})"));
-  const auto run = runTool({"import", path, "--json"});
-  EXPECT_EQ(run.exitCode, GetParam().exitCode) << run.transcript();
-  EXPECT_EQ(settings.value("PADMode"), 2);
-  std::vector<std::string> expected;
-  for (const int device : GetParam().reached) expected.push_back(writeLine(device, 0x8514, 0x0200));
-  EXPECT_EQ(writes(), expected);
-  EXPECT_EQ(run.json()["mixers"]["found"], GetParam().opens.size());
+  const auto dry = runTool({"import", "--replace", "--dry-run", path, "--json"});
+  ASSERT_EQ(dry.exitCode, 0) << dry.transcript();
+  ASSERT_EQ(dry.json()["removed"].size(), 1u);
+  EXPECT_EQ(dry.json()["removed"][0]["setting"], "fader-start");
+  const auto run = runTool({"import", "--replace", path});
+  ASSERT_EQ(run.exitCode, 0) << run.transcript();
+  // Other programs' keys, "Output4" and "PopUp" are never the tool's to forget.
+  EXPECT_EQ(settings.integers(),
+            (std::map<std::string, int64_t>{{"PADMode", 2}, {"Output4", 3}, {"PopUp", 1}, {"Foreign", 7}}));
+  EXPECT_NE(run.out.find("1 removed"), std::string::npos) << run.out;
 }
-
-INSTANTIATE_TEST_SUITE_P(, ImportMixers,
-                         ::testing::Values(MixerCase{"noMixer", {}, 0, {}}, MixerCase{"busyOnly", {"busy"}, 4, {}},
-                                           MixerCase{"busyAndFree", {"busy", "ok"}, 0, {1}}),
-                         [](const auto &test) { return std::string(test.param.name); });
 
 TEST_F(Transfer, ExportLeavesOutValuesTheLibraryDoesNotAccept) {
   settings.writeIntegers({{"MaxLevel", 9}, {"PADMode", 2}});

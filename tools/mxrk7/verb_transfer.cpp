@@ -116,6 +116,7 @@ nlohmann::json changeJson(const support::Change &change) {
           {"fields", fieldsJson(*assignment.setting, assignment.args, assignment.values)},
           {"change", support::changeKindName(change.kind)},
           {"before", {{"source", before.at("source")}, {"stored", before.at("stored")}, {"fields", before.at("fields")}}},
+          {"result", nullptr},
           {"warning", nullptr}};
 }
 
@@ -192,8 +193,11 @@ Exit importVerb(Context &context, const TransferOptions &options) {
   doc["mixers"] = mixersJson(report, true);
   doc["stored"] = storedJson(report);
   doc["result"] = resultOf(exit);
-  for (size_t i = 0; i < report.each.size(); ++i)
-    if (report.each[i].warning) doc["changes"][i]["warning"] = *report.each[i].warning;
+  for (size_t i = 0; i < report.each.size(); ++i) {
+    auto &change = doc["changes"][i];
+    change["result"] = report.each[i].warning ? "warning" : "ok";
+    if (report.each[i].warning) change["warning"] = *report.each[i].warning;
+  }
   context.out.result(doc, importText);
   return exit;
 }

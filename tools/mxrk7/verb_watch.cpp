@@ -55,14 +55,14 @@ void report(Watcher &watcher, const Setting &setting, const Args &args, const nl
 }
 
 // Every instance's value as the settings file holds it now: the change (if any) of each is reported.
+// Only values the file holds count: a default the library would report instead is no change.
 void readFile(Watcher &watcher, bool quietly) {
   const auto file = StoredSettings::read();
   for (const auto &setting : settingTable()) {
     for (const auto &args : instances(setting)) {
       const auto entry = evaluate(setting, args, file);
       const nlohmann::json fields =
-          entry.source == Source::File || entry.source == Source::Default ? fieldsJson(setting, args, *entry.values)
-                                                                          : nlohmann::json(nullptr);
+          entry.source == Source::File ? fieldsJson(setting, args, *entry.values) : nlohmann::json(nullptr);
       if (quietly) watcher.shown[{&setting, args}] = fields;
       else report(watcher, setting, args, fields);
     }
