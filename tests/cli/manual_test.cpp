@@ -79,6 +79,18 @@ TEST(ManualPage, NamesEveryVerbSettingAndExitCode) {
   EXPECT_NE(page.find("systemctl \\-\\-user mask mxrk7\\-apply.service"), std::string::npos);
 }
 
+// The settings table of docs/cli.md is the one the tool writes from the library's settings table.
+TEST(ManualPage, TheDocumentsSettingsTableIsTheToolsOwn) {
+  const std::string doc = readFile(MXRK7_SOURCE_DIR "/docs/cli.md");
+  const std::string begin = "<!-- settings-reference:begin -->\n", end = "<!-- settings-reference:end -->";
+  const size_t from = doc.find(begin), to = doc.find(end);
+  ASSERT_TRUE(from != std::string::npos && to != std::string::npos);
+  const auto reference = runTool({"__reference", "markdown"});
+  ASSERT_EQ(reference.exitCode, 0) << reference.transcript();
+  EXPECT_EQ(doc.substr(from + begin.size(), to - from - begin.size()), reference.out)
+      << "run build/dev/bin/mxrk7 __reference markdown and paste its table into docs/cli.md";
+}
+
 // Standard output and error of a shell command, and its exit status.
 std::pair<std::string, int> shell(const std::string &command) {
   std::string out;
