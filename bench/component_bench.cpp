@@ -9,7 +9,7 @@
 #include "bench_support.h"
 #include "store/auto_setup_file.h"
 #include "store/plist_file.h"
-#include "tables/play_settings.h"
+#include "tables/settings.h"
 #include "usb/device_loop.h"
 #include "usb/transport.h"
 
@@ -17,7 +17,8 @@ namespace {
 
 using nvx::bench::Scratch;
 
-const auto &padMode() { return nvx::tables::row(nvx::tables::PlaySetting::PadMode); }
+const auto &padMode() { return nvx::tables::setting(nvx::tables::SettingId::PadMode); }
+std::string padModeKey() { return *padMode().key({}); }
 
 class Settings {
  public:
@@ -48,7 +49,7 @@ void BM_DeviceLoop(benchmark::State &state) {
   const Mixers mixers(static_cast<uint32_t>(state.range(0)));
   for (auto _ : state) {
     const nvx::usb::CallScope scope;
-    benchmark::DoNotOptimize(nvx::usb::sendToEveryMixer(padMode().send, 0x0100));
+    benchmark::DoNotOptimize(nvx::usb::sendToEveryMixer(*padMode().request, 0x0100).count);
   }
 }
 BENCHMARK(BM_DeviceLoop)->ArgName("mixers")->Arg(0)->Arg(1)->Arg(4)->Arg(16)->UseRealTime()->Unit(benchmark::kMicrosecond);
@@ -77,7 +78,7 @@ void BM_StoreUpdateVsBareWrite(benchmark::State &state) {
   timer.run(
       state, [&] { if (!nvx::bench::bareDurableWrite(path, bytes)) state.SkipWithError("bare write failed"); },
       [&] {
-        nvx::store::StoreAutoSetupValue(padMode().key, value);
+        nvx::store::StoreAutoSetupValue(padModeKey(), value);
         value = (value + 1) % 3;
       });
   // The update must have kept every key.

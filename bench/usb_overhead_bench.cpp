@@ -24,7 +24,7 @@
 
 #include "NorvaneMXRK7Setup.h"
 #include "bench_support.h"
-#include "tables/play_settings.h"
+#include "tables/settings.h"
 #include "usb/device_loop.h"
 #include "usb/mixer_identity.h"
 #include "usb/transport.h"
@@ -90,14 +90,14 @@ void expectRequests(benchmark::State &state, size_t before, size_t perIteration)
 
 // The device loop of one setting against a bare libusb program's work.
 void BM_DeviceLoopVsBareLibusb(benchmark::State &state) {
-  const auto send = nvx::tables::row(nvx::tables::PlaySetting::PadMode).send;
+  const auto send = *nvx::tables::setting(nvx::tables::SettingId::PadMode).request;
   const size_t before = rig->mixer->requests().size();
   nvx::bench::PairTimer timer;
   timer.run(
       state, [&] { if (!bareLibusbWrite(0x0100)) state.SkipWithError("bare libusb write failed"); },
       [&] {
         const nvx::usb::CallScope scope;
-        if (nvx::usb::sendToEveryMixer(send, 0x0100) != 1) state.SkipWithError("the mixer was not found");
+        if (nvx::usb::sendToEveryMixer(send, 0x0100).count != 1) state.SkipWithError("the mixer was not found");
       });
   expectRequests(state, before, 2);
 }

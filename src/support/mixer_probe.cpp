@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "usb/device_loop.h"
 #include "usb/mixer_identity.h"
 #include "usb/request_table.h"
 #include "usb/requests.h"
@@ -19,15 +20,17 @@ namespace {
 
 using usb::IOReturn;
 
+// The device loop's reading of an open's code, in the words of a probe.
 Access classify(IOReturn code) {
-  switch (code) {
-    case usb::kIOReturnSuccess:
+  using Result = usb::MixerReport::Result;
+  switch (usb::openResultOf(code)) {
+    case Result::Ok:
       return Access::Ok;
-    case usb::kIOReturnExclusiveAccess:
+    case Result::Busy:
       return Access::Busy;
-    case usb::kIOReturnNotPrivileged:
+    case Result::Denied:
       return Access::Denied;
-    case usb::kIOReturnNoDevice:
+    case Result::Gone:
       return Access::Gone;
     default:
       return Access::Failed;

@@ -4,9 +4,7 @@
 
 namespace nvx::usb {
 
-namespace {
-
-MixerReport::Result openResult(IOReturn code) {
+MixerReport::Result openResultOf(IOReturn code) {
   switch (code) {
     case kIOReturnSuccess:
       return MixerReport::Result::Ok;
@@ -20,8 +18,6 @@ MixerReport::Result openResult(IOReturn code) {
       return MixerReport::Result::NoOpen;
   }
 }
-
-}  // namespace
 
 const char *resultName(MixerReport::Result result) {
   switch (result) {
@@ -63,7 +59,7 @@ std::vector<MixerReport> visitMixers(uint32_t count, const MixerUse &use, const 
       if (openUSB(&probe, number) != kIOReturnSuccess || !which.matches(number, probe.bus, probe.port)) continue;
     }
     const IOReturn opened = open_pipes(&handle, number);
-    MixerReport report{number, handle.bus, handle.port, openResult(opened)};
+    MixerReport report{number, handle.bus, handle.port, openResultOf(opened)};
     if (opened != kIOReturnSuccess) {
       if (handle.deviceRef) reports.push_back(std::move(report));  // found, but not opened
       handle.deviceRef.reset();

@@ -38,6 +38,10 @@ struct MixerReport {
 // The text a report's result is known by: "ok", "failed", "busy", "denied", "gone", "not opened".
 const char *resultName(MixerReport::Result result);
 
+// What the code of an open says about the mixer: Ok, Busy, Denied, Gone, or NoOpen for any other
+// failure.
+MixerReport::Result openResultOf(IOReturn code);
+
 // Which mixers a loop talks to: every one, or the one with this device number, or the one at this
 // place on the bus ("BUS-PORT", such as "1-4.2", or "1-virtual-0").
 struct MixerSelection {
