@@ -10,6 +10,10 @@
 #include "support/product.h"
 #include "tables/play_settings.h"
 
+// Marks a text for the translation catalogue of the setup application without translating it here:
+// the application looks the text up in its own language when it shows it.
+#define N_(text) text
+
 namespace nvx::support {
 
 namespace {
@@ -125,6 +129,8 @@ Setting routing() {
   Setting s;
   s.name = "routing";
   s.summary = "Source of a USB audio channel: the mixer signal the computer receives on it.";
+  s.title = N_("Audio to the computer");
+  s.sentence = N_("Which mixer signal each USB channel carries to the computer: what your DJ software records or uses for timecode.");
   s.params = {channelParam()};
   s.fields = {{"source", [](const Args &args) { return routingMenu(args[0]); }, 0}};
   keyed(s, [](const Args &args) { return keys::makeKey(keys::kOutputTemplate, args[0]); });
@@ -157,6 +163,8 @@ Setting boost() {
   Setting s;
   s.name = "boost";
   s.summary = "Level of the mixer's USB audio output to the computer.";
+  s.title = N_("Output boost");
+  s.sentence = N_("How loud the mixer sends its audio to the computer. Lower it if recordings clip.");
   s.fields = {fixedField("level", textMenu([](uint32_t index, const char **text) {
                            return NVX_GetBoostLevelText(productId(), index, 0, text);
                          }))};
@@ -171,6 +179,8 @@ Setting fxFilter() {
   Setting s;
   s.name = "fx-filter";
   s.summary = "Filter assignment of an FX bank: the filter mode and its parameter byte.";
+  s.title = N_("Filter");
+  s.sentence = N_("Which filter the bank uses, and the value that shapes it.");
   s.params = {bankParam()};
   s.fields = {fixedField("mode", textMenu([](uint32_t index, const char **text) {
                            return NVX_GetFXBANKFILTERModeText(productId(), index, 0, text);
@@ -193,6 +203,8 @@ Setting beatFx() {
   Setting s;
   s.name = "beat-fx";
   s.summary = "Beat FX of an FX bank: effect type, depth and beat of each of the six positions.";
+  s.title = N_("Beat FX");
+  s.sentence = N_("The effect, its depth and its beat length on each of the six beat FX positions of the bank.");
   s.params = {bankParam(), positionParam(), itemParam()};
   constexpr size_t kItemParam = 2;
   s.fields = {{"value",
@@ -224,6 +236,8 @@ Setting channelFader() {
   Setting s;
   s.name = "channel-fader";
   s.summary = "What the channel fader does while an FX bank is in use.";
+  s.title = N_("Channel fader");
+  s.sentence = N_("What the channel fader does while this bank's effects are in use.");
   s.params = {bankParam()};
   s.fields = {fixedField("mode", tableDomain(FXBANKChFaderModeText, 4))};
   s.key = [](const Args &args) { return std::string(keys::kChannelFaderKeys[args[0] == 0 ? 0 : 1]); };
@@ -247,6 +261,8 @@ Setting beatFxTail() {
   Setting s;
   s.name = "beat-fx-tail";
   s.summary = "Beat FX tail of an FX bank (0 or 1).";
+  s.title = N_("Beat FX tail");
+  s.sentence = N_("Let an echo or delay ring out after you switch the beat effect off, instead of cutting it.");
   s.params = {bankParam()};
   s.fields = {fixedField("tail", rangeDomain(0, 1))};
   keyed(s, [](const Args &args) { return std::string(keys::kTailKeys[args[0]]); });
@@ -259,12 +275,21 @@ Setting beatFxTail() {
 
 // The five play settings share one shape: an index 0 to the library's maximum, stored under the key
 // of the library's play-setting row.
-Setting playSetting(std::string name, std::string summary, nvx::tables::PlaySetting which,
-                        int32_t (*set)(int32_t, uint32_t), int32_t (*get)(int32_t, uint32_t *)) {
+struct PlayTexts {
+  const char *name;
+  const char *summary;
+  const char *title;
+  const char *sentence;
+};
+
+Setting playSetting(const PlayTexts &texts, nvx::tables::PlaySetting which, int32_t (*set)(int32_t, uint32_t),
+                    int32_t (*get)(int32_t, uint32_t *)) {
   const auto &row = nvx::tables::row(which);
   Setting s;
-  s.name = std::move(name);
-  s.summary = std::move(summary);
+  s.name = texts.name;
+  s.summary = texts.summary;
+  s.title = texts.title;
+  s.sentence = texts.sentence;
   s.fields = {fixedField("value", rangeDomain(0, row.maximum))};
   keyed(s, [key = std::string(row.key)](const Args &) { return key; });
   s.read = getter([get](const Args &, uint32_t *out) { return get(productId(), out); });
@@ -277,6 +302,8 @@ Setting crossfaderMode() {
   Setting s;
   s.name = "crossfader-mode";
   s.summary = "Crossfader mode, read from the number stored for the cut lag mode.";
+  s.title = N_("Crossfader mode");
+  s.sentence = N_("The crossfader curve stored along with the cut lag mode. Shown for information: it cannot be set here.");
   s.fields = {fixedField("mode", textMenu([](uint32_t index, const char **text) {
                            return NVX_GetCROSSFADERModeText(productId(), index, 0, text);
                          }))};
@@ -294,15 +321,24 @@ std::vector<Setting> makeTable() {
   table.push_back(beatFx());
   table.push_back(channelFader());
   table.push_back(beatFxTail());
-  table.push_back(playSetting("crossfader-cut-lag", "Crossfader cut lag.", PlaySetting::CrossfaderCutLag,
-                              NVX_SetCROSSFADERCUTLAGIndex, NVX_GetCROSSFADERCUTLAGIndex));
-  table.push_back(playSetting("loop-button-type", "4-beat loop button type.", PlaySetting::LoopButtonType,
-                              NVX_Set4BEATLOOPBUTTONTypeIndex, NVX_Get4BEATLOOPBUTTONTypeIndex));
-  table.push_back(playSetting("fader-start", "Fader start.", PlaySetting::FaderStart, NVX_SetFADERSTARTIndex,
-                              NVX_GetFADERSTARTIndex));
-  table.push_back(playSetting("pad-mode", "Pad mode.", PlaySetting::PadMode, NVX_SetPADModeIndex, NVX_GetPADModeIndex));
-  table.push_back(playSetting("cut-lag-mode", "Crossfader cut lag mode.", PlaySetting::CutLagMode,
-                              NVX_SetCROSSFADERCUTLAGModeIndex, NVX_GetCROSSFADERCUTLAGModeIndex));
+  table.push_back(playSetting({"crossfader-cut-lag", "Crossfader cut lag.", N_("Crossfader cut lag"),
+                               N_("How far the crossfader travels before the other side comes in: small values "
+                                  "give the sharp cut that scratching needs.")},
+                              PlaySetting::CrossfaderCutLag, NVX_SetCROSSFADERCUTLAGIndex, NVX_GetCROSSFADERCUTLAGIndex));
+  table.push_back(playSetting({"loop-button-type", "4-beat loop button type.", N_("4-beat loop button"),
+                               N_("How the 4-beat loop button behaves when you press it.")},
+                              PlaySetting::LoopButtonType, NVX_Set4BEATLOOPBUTTONTypeIndex,
+                              NVX_Get4BEATLOOPBUTTONTypeIndex));
+  table.push_back(playSetting({"fader-start", "Fader start.", N_("Fader start"),
+                               N_("Whether moving a fader starts playback on the deck it belongs to.")},
+                              PlaySetting::FaderStart, NVX_SetFADERSTARTIndex, NVX_GetFADERSTARTIndex));
+  table.push_back(playSetting({"pad-mode", "Pad mode.", N_("Pad mode"),
+                               N_("What the performance pads do when you press them.")},
+                              PlaySetting::PadMode, NVX_SetPADModeIndex, NVX_GetPADModeIndex));
+  table.push_back(playSetting({"cut-lag-mode", "Crossfader cut lag mode.", N_("Cut lag mode"),
+                               N_("How the mixer applies the crossfader cut lag.")},
+                              PlaySetting::CutLagMode, NVX_SetCROSSFADERCUTLAGModeIndex,
+                              NVX_GetCROSSFADERCUTLAGModeIndex));
   table.push_back(crossfaderMode());
   return table;
 }

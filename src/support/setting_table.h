@@ -42,6 +42,11 @@ struct WriteResult {
 struct Setting {
   std::string name;
   std::string summary;
+  // For people (the setup application): a short label ("Output boost") and a sentence that says
+  // what the setting does for a DJ. Both are marked for translation where they are written; the
+  // application translates them when it shows them.
+  std::string title;
+  std::string sentence;
   std::vector<Param> params;
   std::vector<Field> fields;
 
