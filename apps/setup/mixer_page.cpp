@@ -21,8 +21,6 @@ GtkWidget *valueRow(const std::string &title, const std::string &value) {
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title.c_str());
   GtkWidget *label = gtk_label_new(value.c_str());
   gtk_label_set_selectable(GTK_LABEL(label), TRUE);
-  gtk_label_set_wrap(GTK_LABEL(label), TRUE);
-  gtk_label_set_xalign(GTK_LABEL(label), 1.0f);
   adw_action_row_add_suffix(ADW_ACTION_ROW(row), label);
   return row;
 }
@@ -39,13 +37,9 @@ std::vector<std::pair<std::string, std::string>> details(const MixerStatus &mixe
   }
   lines.emplace_back(_("Firmware"), mixer.firmware ? nvx::support::firmwareText(*mixer.firmware) : noAnswer);
   std::string selectors;
-  for (size_t i = 0; i < mixer.inputSelectors.size(); ++i) {
-    if (i) selectors += "   ";
-    // TRANSLATORS: an input selector of the mixer (counted from 1) and the position it reports.
-    selectors += format(_("{selector}: {position}"), fmt::arg("selector", i + 1),
-                        fmt::arg("position", mixer.inputSelectors[i] ? std::to_string(*mixer.inputSelectors[i]) : "–"));
-  }
-  lines.emplace_back(_("Input selectors"), selectors);
+  for (const auto &position : mixer.inputSelectors)
+    selectors += (selectors.empty() ? "" : " · ") + (position ? std::to_string(*position) : std::string("–"));
+  lines.emplace_back(_("Input selectors 1–4"), selectors);
   lines.emplace_back(_("Serato software"),
                      mixer.serato ? (*mixer.serato == 1 ? _("Active") : _("Not active")) : noAnswer);
   return lines;

@@ -150,7 +150,7 @@ TEST_F(SetupWindowTest, EveryMixerShowsItsOwnStateAndADeniedOneIsReported) {
   auto &page = window().mixerPage();
   EXPECT_EQ(page.mixerLines(), (std::vector<std::string>{"Mixer 1: Ready · Virtual mixer",
                                                          "Mixer 2: No permission · Virtual mixer"}));
-  EXPECT_EQ(page.detailLines(0), (std::vector<std::string>{"Firmware: 2.10", "Input selectors: 1: 4   2: 2   3: 1   4: 0",
+  EXPECT_EQ(page.detailLines(0), (std::vector<std::string>{"Firmware: 2.10", "Input selectors 1–4: 4 · 2 · 1 · 0",
                                                            "Serato software: Active"}));
   EXPECT_TRUE(window().bannerShown());
   EXPECT_EQ(window().bannerText(), "Mixer 2 cannot be used: No permission.");
@@ -182,7 +182,7 @@ TEST_F(SetupWindowTest, TheRoutingWarningShowsTheLibrarysTextAndClears) {
   EXPECT_FALSE(window().routingWarningShown());
 }
 
-TEST_F(SetupWindowTest, ExportThenImportRestoresAndABadFileChangesNothing) {
+TEST_F(SetupWindowTest, ExportImportAndReapply) {
   home_.writeIntegers({{"MaxLevel", 1}, {"PADMode", 2}, {"BFX_BANKB3_1", beatWord(1, 3, 1, 0xC0)}});
   open();
   ScratchDir files;
@@ -199,6 +199,10 @@ TEST_F(SetupWindowTest, ExportThenImportRestoresAndABadFileChangesNothing) {
   EXPECT_EQ(shown("beat-fx-1-3-1"), 0xC0u);
   EXPECT_EQ(home_.value("BFX_BANKB3_1"), 0x59C0);
   expectSent(bus_, 0x8003, 0x0200);
+  bus_.clearLog();
+  window().reapply();  // what the file holds, and nothing else
+  EXPECT_EQ(window().lastToast(), "3 saved settings sent.");
+  EXPECT_EQ(writes(bus_), 2u * 3u);
 
   const auto bad = files.write("bad.json", R"({"format": "mxrk7-settings", "version": 1, "settings": [)"
                                            R"({"setting": "boost", "args": {}, "fields": [{"name": "level", "index": 0}]},)"
