@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <clocale>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -117,8 +118,12 @@ TEST_F(SetupWindowTest, UndoSendsAndStoresThePreviousValue) {
 }
 
 // Every setting follows a change made elsewhere within a second: routing and boost through the
-// library's callbacks, the others through the settings file.
+// library's callbacks, the others through the settings file, here a link into another folder.
 TEST_F(SetupWindowTest, AChangeFromOutsideAppearsWithinASecond) {
+  ScratchDir elsewhere;
+  home_.writeIntegers({{"MaxLevel", 3}});
+  std::filesystem::rename(home_.filePath(), elsewhere.file("settings.plist"));
+  std::filesystem::create_symlink(elsewhere.file("settings.plist"), home_.filePath());
   open();
   struct Case {
     std::vector<std::string> set;
@@ -136,6 +141,7 @@ TEST_F(SetupWindowTest, AChangeFromOutsideAppearsWithinASecond) {
     EXPECT_TRUE(runUntil([&] { return shown(c.id) == c.value; }, std::chrono::seconds(1)));
   }
   EXPECT_EQ(writes(bus_), 2u * cases.size());  // only the tool's: the window sent nothing back
+  EXPECT_TRUE(std::filesystem::is_symlink(home_.filePath()));
 }
 
 TEST_F(SetupWindowTest, EveryMixerShowsItsOwnStateAndADeniedOneIsReported) {
