@@ -42,7 +42,7 @@ void showShortcuts(GtkWindow *parent) {
       "<child><object class='GtkShortcutsSection'><child><object class='GtkShortcutsGroup'>"
       "<property name='title'>" + escaped(_("General")) + "</property>";
   for (const auto &shortcut : kShortcuts)
-    ui += "<child><object class='GtkShortcutsShortcut'><property name='accelerator'>" + std::string(shortcut.accelerator) +
+    ui += "<child><object class='GtkShortcutsShortcut'><property name='accelerator'>" + escaped(shortcut.accelerator) +
           "</property><property name='title'>" + escaped(_(shortcut.title)) + "</property></object></child>";
   ui += "</object></child></object></child></object></interface>";
   GtkBuilder *builder = gtk_builder_new_from_string(ui.c_str(), -1);

@@ -244,5 +244,22 @@ TEST_F(SetupWindowTest, ATranslatedStartShowsTranslatedLabelsAndTheMixersOwnText
   std::setlocale(LC_ALL, "C");
 }
 
+// The primary menu's windows open (the shortcuts window is built from a description at run time).
+TEST_F(SetupWindowTest, TheShortcutsAndAboutWindowsOpen) {
+  open();
+  for (const char *action : {"win.shortcuts", "win.about"})
+    ASSERT_TRUE(gtk_widget_activate_action(GTK_WIDGET(window().gobj()), action, nullptr)) << action;
+  drain();
+  std::vector<std::string> kinds;
+  GList *windows = gtk_window_list_toplevels();
+  for (GList *w = windows; w; w = w->next) {
+    kinds.emplace_back(G_OBJECT_TYPE_NAME(w->data));
+    if (w->data != window().gobj()) gtk_window_destroy(GTK_WINDOW(w->data));
+  }
+  g_list_free(windows);
+  EXPECT_TRUE(has(kinds, "GtkShortcutsWindow"));
+  EXPECT_TRUE(has(kinds, "AdwAboutWindow"));
+}
+
 }  // namespace
 }  // namespace nvx::test
