@@ -40,8 +40,9 @@ void takeScreenshots(const Glib::RefPtr<Gtk::Application> &app, SetupWindow &win
     for (const auto &page : SetupWindow::pageNames()) shots->push_back({size, page});
   auto next = std::make_shared<size_t>(0);
   auto shown = std::make_shared<bool>(false);
+  auto tries = std::make_shared<int>(0);
   Glib::signal_timeout().connect(
-      [app, &window, dir, shots, next, shown, &status] {
+      [app, &window, dir, shots, next, shown, tries, &status] {
         if (*next >= shots->size()) {
           app->quit();
           return false;
@@ -54,18 +55,23 @@ void takeScreenshots(const Glib::RefPtr<Gtk::Application> &app, SetupWindow &win
           return true;
         }
         const std::string path = dir + "/" + shot.page + "-" + shot.size.name + ".png";
+        // A busy machine may not have drawn the window yet: a few more moments before giving up.
+        constexpr int kTries = 10;
         if (mxrk7setup::savePng(window, path)) {
           std::printf("%s\n", path.c_str());
+        } else if (++*tries < kTries) {
+          return true;
         } else {
           std::fprintf(stderr, "mxrk7-setup: could not save %s\n", path.c_str());
           status = 1;
         }
         std::fflush(stdout);
         *shown = false;
+        *tries = 0;
         ++*next;
         return true;
       },
-      700);
+      500);
 }
 
 }  // namespace
