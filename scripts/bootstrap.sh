@@ -16,6 +16,8 @@ packages=(
   groff-base                             # renders the manual page in the tool's tests
   valgrind
   libgtkmm-4.0-dev libadwaita-1-dev       # the setup application
+  libgudev-1.0-dev                       # its watch for plugged and unplugged mixers
+  gettext                                # its translations (xgettext, msgfmt, msgcmp)
   xvfb xauth                             # its tests and screenshots on a virtual X server
   desktop-file-utils appstream           # checks of its desktop entry and AppStream metadata
 )

@@ -1,227 +1,166 @@
 #include "mixer_page.h"
 
-#include <NorvaneMXRK7Setup.h>
-
-#include <array>
-
+#include "i18n.h"
+#include "labels.h"
 #include "support/program_environment.h"
-#include "controls.h"
-#include "library.h"
-#include "support/mixer_count.h"
-#include "support/mixer_probe.h"
-#include "support/stored_settings.h"
 
 namespace mxrk7setup {
 
 namespace {
 
 using nvx::support::Access;
+using nvx::support::MixerStatus;
 
-Gtk::Label *heading(const std::string &text) {
-  auto *label = Gtk::make_managed<Gtk::Label>(text);
-  label->set_halign(Gtk::Align::START);
-  label->add_css_class("heading");
-  return label;
+// The commands that give the person at the computer access to the mixer.
+constexpr const char *kAccessCommands =
+    "mxrk7 udev-rule | sudo tee /etc/udev/rules.d/70-mxrk7.rules\nsudo udevadm control --reload-rules";
+
+GtkWidget *valueRow(const std::string &title, const std::string &value) {
+  GtkWidget *row = adw_action_row_new();
+  adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(row), FALSE);
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title.c_str());
+  GtkWidget *label = gtk_label_new(value.c_str());
+  gtk_label_set_selectable(GTK_LABEL(label), TRUE);
+  adw_action_row_add_suffix(ADW_ACTION_ROW(row), label);
+  return row;
 }
 
-void valueLabel(Gtk::Label &label) {
-  label.set_halign(Gtk::Align::START);
-  label.set_wrap(true);
+// What the mixer said about itself, one (title, value) pair a line; a question it did not answer
+// says so instead of showing a stale or made-up value.
+std::vector<std::pair<std::string, std::string>> details(const MixerStatus &mixer) {
+  std::vector<std::pair<std::string, std::string>> lines;
+  const std::string noAnswer = _("No answer");
+  if (mixer.access != Access::Ok) {
+    if (mixer.holder && !mixer.holder->program.empty())
+      lines.emplace_back(_("Used by"), mixer.holder->program);
+    return lines;
+  }
+  lines.emplace_back(_("Firmware"), mixer.firmware ? nvx::support::firmwareText(*mixer.firmware) : noAnswer);
+  std::string selectors;
+  for (const auto &position : mixer.inputSelectors)
+    selectors += (selectors.empty() ? "" : " · ") + (position ? std::to_string(*position) : std::string("–"));
+  lines.emplace_back(_("Input selectors 1–4"), selectors);
+  lines.emplace_back(_("Serato software"),
+                     mixer.serato ? (*mixer.serato == 1 ? _("Active") : _("Not active")) : noAnswer);
+  return lines;
 }
-
-void addRow(Gtk::Grid &grid, int row, const std::string &name, Gtk::Label &value) {
-  auto *key = Gtk::make_managed<Gtk::Label>(name);
-  key->set_halign(Gtk::Align::START);
-  key->add_css_class("dim-label");
-  grid.attach(*key, 0, row);
-  valueLabel(value);
-  setAccessibleLabel(value, name);
-  grid.attach(value, 1, row);
-}
-
-std::string mixerWord(uint32_t count) { return count == 1 ? "1 mixer" : std::to_string(count) + " mixers"; }
 
 }  // namespace
 
-MixerPage::MixerPage(std::function<void()> startDemo)
-    : Gtk::Box(Gtk::Orientation::VERTICAL, 12), startDemo_(std::move(startDemo)) {
-  set_margin(18);
+MixerPage::MixerPage(std::function<void()> startDemo) : startDemo_(std::move(startDemo)) {
+  stack_ = gtk_stack_new();
+  gtk_widget_set_name(stack_, "mixers");
 
-  connection_.set_halign(Gtk::Align::START);
-  connection_.add_css_class("title-2");
-  connection_.set_name("mixer-connection");
-  append(connection_);
+  GtkWidget *none = adw_status_page_new();
+  adw_status_page_set_icon_name(ADW_STATUS_PAGE(none), "audio-card-symbolic");
+  adw_status_page_set_title(ADW_STATUS_PAGE(none), _("No Mixer Connected"));
+  adw_status_page_set_description(
+      ADW_STATUS_PAGE(none),
+      _("Connect the MXR-K7 with its USB cable and switch it on. Changes you make meanwhile are saved; once the "
+        "mixer is back, choose “Re-apply Saved Settings” in the menu."));
+  demo_ = gtk_button_new_with_mnemonic(_("Try the _Demo"));
+  gtk_widget_set_name(demo_, "start-demo");
+  gtk_widget_set_halign(demo_, GTK_ALIGN_CENTER);
+  gtk_widget_add_css_class(demo_, "pill");
+  gtk_widget_set_tooltip_text(demo_, _("Open a second window with two virtual mixers"));
+  g_signal_connect_swapped(demo_, "clicked", G_CALLBACK(+[](MixerPage *page) {
+                             if (page->startDemo_) page->startDemo_();
+                           }),
+                           this);
+  adw_status_page_set_child(ADW_STATUS_PAGE(none), demo_);
+  gtk_stack_add_named(GTK_STACK(stack_), none, "none");
 
-  // The fix, when no mixer can be used.
-  problemBox_.add_css_class("card");
-  problemBox_.set_name("mixer-problem");
-  for (auto *label : {&problemTitle_, &problemBody_, &problemCommand_}) {
-    label->set_halign(Gtk::Align::START);
-    label->set_wrap(true);
-    label->set_margin_start(12);
-    label->set_margin_end(12);
-  }
-  problemTitle_.add_css_class("heading");
-  problemTitle_.set_margin_top(12);
-  problemCommand_.add_css_class("monospace");
-  problemCommand_.set_selectable(true);
-  problemCommand_.set_margin_bottom(12);
-  setAccessibleLabel(problemCommand_, "Commands to run");
-  problemBox_.append(problemTitle_);
-  problemBox_.append(problemBody_);
-  problemBox_.append(problemCommand_);
-  demoButton_.set_name("start-demo");
-  demoButton_.set_halign(Gtk::Align::START);
-  demoButton_.set_margin_start(12);
-  demoButton_.set_margin_bottom(12);
-  setAccessibleLabel(demoButton_, "Start the demo with virtual mixers");
-  demoButton_.signal_clicked().connect([this] {
-    if (startDemo_) startDemo_();
-  });
-  problemBox_.append(demoButton_);
-  append(problemBox_);
+  list_ = adw_preferences_page_new();
+  mixers_ = adw_preferences_group_new();
+  adw_preferences_group_set_title(ADW_PREFERENCES_GROUP(mixers_), _("Connected Mixers"));
+  adw_preferences_page_add(ADW_PREFERENCES_PAGE(list_), ADW_PREFERENCES_GROUP(mixers_));
 
-  status_.set_row_spacing(6);
-  status_.set_column_spacing(18);
-  int row = 0;
-  status_.attach(*heading("What the mixer reports"), 0, row++, 2);
-  addRow(status_, row++, "Mixers on the bus", mixers_);
-  addRow(status_, row++, "Firmware version", firmware_);
-  addRow(status_, row++, "Input selectors 1-4", selectors_);
-  addRow(status_, row++, "Serato", serato_);
-  status_.attach(*heading("Versions"), 0, row++, 2);
-  addRow(status_, row++, "Library", libraryVersion_);
-  addRow(status_, row++, "Driver", driverVersion_);
-  addRow(status_, row++, "Setup application", setupVersion_);
-  addRow(status_, row++, "Settings file", settingsFile_);
-  firmware_.set_name("mixer-firmware");
-  selectors_.set_name("mixer-selectors");
-  serato_.set_name("mixer-serato");
-  mixers_.set_name("mixer-list");
-  append(status_);
+  access_ = adw_preferences_group_new();
+  adw_preferences_group_set_title(ADW_PREFERENCES_GROUP(access_), _("Allow Access"));
+  adw_preferences_group_set_description(
+      ADW_PREFERENCES_GROUP(access_),
+      _("This user may not use the mixer. Run these commands in a terminal to give the person at the computer "
+        "access, then unplug the mixer and plug it in again."));
+  GtkWidget *commands = gtk_label_new(kAccessCommands);
+  gtk_label_set_selectable(GTK_LABEL(commands), TRUE);
+  gtk_label_set_wrap(GTK_LABEL(commands), TRUE);
+  gtk_label_set_wrap_mode(GTK_LABEL(commands), PANGO_WRAP_WORD_CHAR);
+  gtk_label_set_xalign(GTK_LABEL(commands), 0.0f);
+  gtk_widget_add_css_class(commands, "monospace");
+  gtk_widget_add_css_class(commands, "card");
+  gtk_widget_set_margin_top(commands, 6);
+  gtk_accessible_update_property(GTK_ACCESSIBLE(commands), GTK_ACCESSIBLE_PROPERTY_LABEL, _("Commands to run"), -1);
+  adw_preferences_group_add(ADW_PREFERENCES_GROUP(access_), commands);
+  adw_preferences_page_add(ADW_PREFERENCES_PAGE(list_), ADW_PREFERENCES_GROUP(access_));
 
-  refresh_.set_name("mixer-refresh");
-  refresh_.set_halign(Gtk::Align::START);
-  setAccessibleLabel(refresh_, "Read the mixer's status again");
-  refresh_.signal_clicked().connect([this] { refresh(); });
-  append(refresh_);
-
-  libraryVersion_.set_text(lib::libraryVersion().value_or("unknown (its version file is missing)"));
-  driverVersion_.set_text(lib::driverVersion().value_or("the kernel's USB audio driver (no driver of its own)"));
-  setupVersion_.set_text(lib::setupVersion().value_or("unknown (its version file is not installed)"));
-  refresh();
+  GtkWidget *saved = adw_preferences_group_new();
+  adw_preferences_group_set_title(ADW_PREFERENCES_GROUP(saved), _("Saved Settings"));
+  fileRow_ = adw_action_row_new();
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(fileRow_), _("Settings file"));
+  adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(fileRow_), FALSE);
+  fileState_ = gtk_label_new(nullptr);
+  gtk_label_set_wrap(GTK_LABEL(fileState_), TRUE);
+  gtk_label_set_max_width_chars(GTK_LABEL(fileState_), 40);
+  gtk_label_set_xalign(GTK_LABEL(fileState_), 1.0f);
+  adw_action_row_add_suffix(ADW_ACTION_ROW(fileRow_), fileState_);
+  adw_preferences_group_add(ADW_PREFERENCES_GROUP(saved), fileRow_);
+  adw_preferences_page_add(ADW_PREFERENCES_PAGE(list_), ADW_PREFERENCES_GROUP(saved));
+  gtk_stack_add_named(GTK_STACK(stack_), list_, "list");
 }
 
-void MixerPage::showProblem(Problem problem, const std::string &detail) {
-  problem_ = problem;
-  problemBox_.set_visible(problem != Problem::None);
-  demoButton_.set_visible(problem == Problem::NoMixer && startDemo_ && !nvx::support::usingVirtualMixers());
-  problemCommand_.set_visible(problem == Problem::Denied);
-  switch (problem) {
-    case Problem::None:
-      break;
-    case Problem::NoMixer:
-      problemTitle_.set_text("No mixer is connected");
-      problemBody_.set_text(
-          "Connect the MXR-K7 with its USB cable and switch it on; this page updates by itself. Settings you change "
-          "meanwhile are remembered and sent when the mixer is back (or with \"Send all settings to the mixer\")." +
-          std::string(nvx::support::usingVirtualMixers() ? "" : "\nNo mixer at hand? Try the application with two virtual mixers."));
-      break;
-    case Problem::Denied:
-      problemTitle_.set_text("The mixer cannot be opened: permission denied");
-      problemBody_.set_text(
-          "The mixer is connected, but this user may not use it. Install the udev rule that gives the person at the "
-          "computer access to the mixer, then unplug the mixer and plug it in again:" +
-          (detail.empty() ? std::string() : "\n" + detail));
-      problemCommand_.set_text(
-          "mxrk7 udev-rule | sudo tee /etc/udev/rules.d/70-mxrk7.rules\nsudo udevadm control --reload-rules");
-      break;
-    case Problem::Busy:
-      problemTitle_.set_text("The mixer is in use by another program");
-      problemBody_.set_text("Another program holds the mixer. Close it, then press Refresh." +
-                            (detail.empty() ? std::string() : "\n" + detail));
-      break;
-    case Problem::Failed:
-      problemTitle_.set_text("The mixer cannot be opened");
-      problemBody_.set_text(detail.empty() ? "The USB layer could not open the mixer." : detail);
-      break;
-  }
-}
-
-void MixerPage::refresh() {
-  const auto bus = nvx::support::probeMixers(nvx::support::Probe::AccessOnly);
-  count_ = static_cast<uint32_t>(bus.mixers.size());
-  const size_t usable = bus.accessible();
-  const bool connected = NVX_IsUSBConnection(lib::productId()) == NVX_CONNECTED;
-
-  // Which problem stands in the way when no mixer opened.
-  Problem problem = Problem::None;
-  std::string detail;
-  if (!connected || bus.mixers.empty()) {
-    problem = Problem::NoMixer;
-    if (!bus.transportAvailable) detail = "The USB layer could not be started.";
-  } else if (usable == 0) {
-    problem = Problem::Failed;
-    for (const auto &mixer : bus.mixers) {
-      if (mixer.access == Access::Denied) problem = Problem::Denied;
-      else if (mixer.access == Access::Busy && problem != Problem::Denied) problem = Problem::Busy;
-      if (!mixer.openError.empty() && detail.empty()) detail = mixer.openError;
-      if (!mixer.node.empty() && problem == Problem::Denied) detail = "Device: " + mixer.node;
-    }
-  }
-  showProblem(problem, detail);
-
-  if (problem == Problem::NoMixer) connection_.set_text("No mixer connected");
-  else if (problem == Problem::None)
-    connection_.set_text("Connected: " + mixerWord(count_) +
-                         (usable < count_ ? " (" + std::to_string(usable) + " can be used)" : std::string()) +
-                         (bus.transport == "virtual" ? ", virtual" : ""));
-  else connection_.set_text("Connected, but not usable: " + mixerWord(count_));
-  setAccessibleLabel(connection_, connection_.get_text());
-
-  std::string list;
+void MixerPage::show(const nvx::support::BusReport &bus, const nvx::support::StoredSettings &file) {
+  for (GtkWidget *row : rows_) adw_preferences_group_remove(ADW_PREFERENCES_GROUP(mixers_), row);
+  rows_.clear();
+  lines_.clear();
+  details_.clear();
+  bool denied = false;
   for (const auto &mixer : bus.mixers) {
-    if (!list.empty()) list += "\n";
-    list += "Mixer " + std::to_string(mixer.number + 1) + ": " +
-            (mixer.node.empty() ? mixer.port : "bus " + std::to_string(mixer.bus) + ", port " + mixer.port) + ", " +
-            nvx::support::accessName(mixer.access);
+    GtkWidget *row = adw_expander_row_new();
+    const std::string title = mixerTitle(mixer.number);
+    const std::string subtitle = accessText(mixer.access) + " · " + placeText(mixer);
+    adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(row), FALSE);
+    adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title.c_str());
+    adw_expander_row_set_subtitle(ADW_EXPANDER_ROW(row), subtitle.c_str());
+    gtk_widget_set_name(row, ("mixer-" + std::to_string(mixer.number)).c_str());
+    std::vector<std::string> shown;
+    for (const auto &[name, value] : details(mixer)) {
+      adw_expander_row_add_row(ADW_EXPANDER_ROW(row), valueRow(name, value));
+      shown.push_back(name + ": " + value);
+    }
+    adw_expander_row_set_enable_expansion(ADW_EXPANDER_ROW(row), !shown.empty());
+    adw_expander_row_set_expanded(ADW_EXPANDER_ROW(row), !shown.empty());
+    adw_preferences_group_add(ADW_PREFERENCES_GROUP(mixers_), row);
+    rows_.push_back(row);
+    lines_.push_back(title + ": " + subtitle);
+    details_.push_back(std::move(shown));
+    denied = denied || mixer.access == Access::Denied;
   }
-  mixers_.set_text(list.empty() ? "none" : list);
+  gtk_widget_set_visible(access_, denied);
 
-  // The live status, as the library reads it: firmware of the first mixer, the others of the last
-  // one that opened. Outputs are preset so "no answer" can be told apart.
-  constexpr const char *kNoAnswer = "-";
-  int32_t firmware = -1;
-  if (problem == Problem::None && NVX_GetFirmwareVersionIndex(lib::productId(), &firmware) == NVX_OK &&
-      firmware != -1) {
-    const std::array<uint8_t, 2> bytes = {static_cast<uint8_t>(firmware & 0xFF),
-                                          static_cast<uint8_t>((firmware >> 8) & 0xFF)};
-    firmware_.set_text(nvx::support::firmwareText(bytes));
-  } else {
-    firmware_.set_text(kNoAnswer);
+  std::string state;
+  switch (file.state()) {
+    case nvx::support::StoredSettings::State::Missing:
+      state = _("Nothing saved yet");
+      break;
+    case nvx::support::StoredSettings::State::Unreadable:
+      state = format(_("Cannot be read: {reason}"), fmt::arg("reason", file.unreadableReason()));
+      break;
+    case nvx::support::StoredSettings::State::Readable:
+      state = file.writeProblem() ? format(_("Cannot be saved: {reason}"), fmt::arg("reason", *file.writeProblem()))
+                                  : std::string(_("Saved"));
+      break;
   }
-  std::string selectors;
-  for (int32_t selector = 1; selector <= 4; ++selector) {
-    int32_t position = -1;
-    const bool read = problem == Problem::None &&
-                      NVX_GetMixerInputSelectorStatus(lib::productId(), selector, &position) == NVX_OK && position >= 0;
-    selectors += (selector > 1 ? "   " : "") + std::to_string(selector) + ": " +
-                 (read ? std::to_string(position) : std::string(kNoAnswer));
-  }
-  selectors_.set_text(selectors);
-  int32_t serato = -1;
-  if (problem == Problem::None && NVX_GetMixerSeratoActiveStatus(lib::productId(), &serato) == NVX_OK && serato >= 0)
-    serato_.set_text(serato == 1 ? "active" : "not active");
-  else serato_.set_text(kNoAnswer);
+  gtk_label_set_text(GTK_LABEL(fileState_), state.c_str());
+  adw_action_row_set_subtitle(ADW_ACTION_ROW(fileRow_), file.path().c_str());
 
-  const auto file = nvx::support::StoredSettings::read();
-  settingsFile_.set_text(file.path() + " (" + nvx::support::stateName(file.state()) + ")");
+  gtk_widget_set_visible(demo_, startDemo_ && !nvx::support::usingVirtualMixers());
+  gtk_stack_set_visible_child_name(GTK_STACK(stack_), bus.mixers.empty() ? "none" : "list");
 }
 
-uint32_t MixerPage::poll() {
-  const uint32_t count = nvx::support::countMixers();
-  if (count != count_) refresh();
-  return count;
+std::vector<std::string> MixerPage::detailLines(size_t mixer) const {
+  return mixer < details_.size() ? details_[mixer] : std::vector<std::string>{};
 }
+
+bool MixerPage::showsNoMixer() const { return std::string(gtk_stack_get_visible_child_name(GTK_STACK(stack_))) == "none"; }
 
 }  // namespace mxrk7setup

@@ -1,57 +1,47 @@
-// The "Mixer" page: whether a mixer is connected and can be opened, how many there are, what the
-// library reads from the mixer (firmware, input selectors, Serato), the versions, and what to do
-// when no mixer can be used.
+// The "Mixers" page: every connected mixer with its own firmware, input selectors, Serato state
+// and access state, what to do when a mixer cannot be used, and where the settings are saved.
+// With no mixer at all it is a status page that says so (and offers the demo).
 #pragma once
 
-#include <gtkmm.h>
+#include <adwaita.h>
 
-#include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
+
+#include "support/mixer_probe.h"
+#include "support/stored_settings.h"
 
 namespace mxrk7setup {
 
-class MixerPage : public Gtk::Box {
+class MixerPage {
  public:
-  enum class Problem : uint8_t {
-    None,     // at least one mixer opened
-    NoMixer,  // nothing on the bus
-    Denied,   // a mixer is there but this user may not open it: the udev rule is missing
-    Busy,     // another program holds every mixer
-    Failed,   // the mixers could not be opened for another reason
-  };
-
   // `startDemo` is offered when no mixer is present (empty: no offer).
   explicit MixerPage(std::function<void()> startDemo);
 
-  // Reads the bus and the mixers' status again.
-  void refresh();
-  // Counts the mixers without opening one; refreshes when the count changed. Returns the count.
-  uint32_t poll();
+  GtkWidget *widget() const { return stack_; }
 
-  Problem problem() const { return problem_; }
-  uint32_t mixerCount() const { return count_; }
-  std::string connectionText() const { return connection_.get_text(); }
-  std::string firmwareText() const { return firmware_.get_text(); }
-  std::string selectorsText() const { return selectors_.get_text(); }
-  std::string seratoText() const { return serato_.get_text(); }
-  std::string problemText() const { return problemTitle_.get_text() + "\n" + problemBody_.get_text(); }
+  // Shows the mixers as `bus` found them (with their status) and the settings file's state.
+  void show(const nvx::support::BusReport &bus, const nvx::support::StoredSettings &file);
+
+  // For tests: one line per mixer, "Mixer 2: No permission · Virtual mixer"; and the lines of a
+  // mixer's details ("Firmware: 1.05", ...).
+  std::vector<std::string> mixerLines() const { return lines_; }
+  std::vector<std::string> detailLines(size_t mixer) const;
+  bool showsNoMixer() const;
 
  private:
-  void showProblem(Problem problem, const std::string &detail);
-
+  GtkWidget *stack_ = nullptr;
+  GtkWidget *list_ = nullptr;    // the preferences page
+  GtkWidget *mixers_ = nullptr;  // its group of mixers
+  GtkWidget *access_ = nullptr;  // "Allow access", shown while a mixer is denied
+  GtkWidget *fileRow_ = nullptr;
+  GtkWidget *fileState_ = nullptr;
+  GtkWidget *demo_ = nullptr;
+  std::vector<GtkWidget *> rows_;
+  std::vector<std::string> lines_;
+  std::vector<std::vector<std::string>> details_;
   std::function<void()> startDemo_;
-  Problem problem_ = Problem::NoMixer;
-  uint32_t count_ = UINT32_MAX;
-
-  Gtk::Label connection_;
-  Gtk::Box problemBox_{Gtk::Orientation::VERTICAL, 6};
-  Gtk::Label problemTitle_, problemBody_, problemCommand_;
-  Gtk::Button demoButton_{"Start the _demo with virtual mixers", true};
-  Gtk::Grid status_;
-  Gtk::Label firmware_, selectors_, serato_, mixers_;
-  Gtk::Label libraryVersion_, driverVersion_, setupVersion_, settingsFile_;
-  Gtk::Button refresh_{"_Refresh", true};
 };
 
 }  // namespace mxrk7setup

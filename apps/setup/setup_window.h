@@ -1,20 +1,30 @@
-// The setup application's one window: a sidebar of pages (mixer, USB audio routing, output boost,
-// FX banks, play settings), a banner for the library's warnings, and the actions that concern all
-// settings (send them all to the mixer, export, import).
+// The setup application's one window, built on libadwaita's idioms: a header bar with a view
+// switcher (moving to a bar at the bottom when the window is narrow) and the primary menu, one
+// preferences page per area (mixers, audio, FX banks, play), a banner for what stands in the way
+// (a mixer that cannot be used, settings that cannot be saved), and a toast for every change, with
+// Undo where there is a previous value to go back to.
 //
-// Besides what the user sees, the window offers entry points for its tests: find a control by id,
-// show a page, read the banner and the status line, poll the mixers.
+// It stays live: routing and boost through the library's change callbacks, every other setting by
+// watching the settings file, the mixers through udev (or the virtual mixers' file).
+//
+// Besides what the user sees, the window offers entry points for its tests: find a row by id, show
+// a page, read the banners and the last toast, undo, import and export without the file choosers.
 #pragma once
 
+#include <adwaita.h>
 #include <gtkmm.h>
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "controls.h"
+#include "changes.h"
+#include "file_watch.h"
 #include "mixer_page.h"
+#include "mixer_watch.h"
+#include "setting_rows.h"
 
 namespace mxrk7setup {
 
@@ -25,57 +35,81 @@ class SetupWindow : public Gtk::Window {
   SetupWindow(const SetupWindow &) = delete;
   SetupWindow &operator=(const SetupWindow &) = delete;
 
-  // Pages by name: "mixer", "routing", "boost", "fx", "play".
+  // Pages by name: "mixers", "audio", "fx", "play" ("routing" and "boost" show the audio page).
   static std::vector<std::string> pageNames();
   void showPage(const std::string &name);
   std::string visiblePage() const;
 
-  Controls &controls() { return controls_; }
-  MixerPage &mixerPage() { return *mixer_; }
+  SettingRows &rows() { return rows_; }
+  MixerPage &mixerPage() { return mixers_; }
 
-  bool bannerShown() const { return banner_.get_reveal_child(); }
-  std::string bannerText() const { return bannerText_.get_text(); }
-  std::string statusText() const { return status_.get_text(); }
+  // The banner at the top, and the routing warning on the audio page.
+  bool bannerShown() const;
+  std::string bannerText() const;
+  bool routingWarningShown() const;
+  std::string routingWarningText() const;
+  // The text of the last toast, and whether it offers Undo.
+  const std::string &lastToast() const { return lastToast_; }
+  bool canUndo() const { return undo_.has_value(); }
 
-  // "Send all settings to the mixer".
-  void sendAll();
-  // Export to / import from a settings file. Return false with a message on failure.
-  bool exportTo(const std::string &path, std::string &message);
-  bool importFrom(const std::string &path, std::string &message);
+  // What the menu's entries do, without their dialogs.
+  void undo();
+  void reapply();
+  void exportTo(const std::string &path);
+  void importFrom(const std::string &path);  // checked, then applied at once (no question)
 
   // The library's change callbacks (routing and boost) land here.
   void routingChanged(int32_t channel, int32_t index);
   void boostChanged(int32_t index);
+  // Reads the mixers again (udev or the virtual mixers' file said they changed).
+  void refreshMixers();
 
  private:
-  void showBanner(const std::string &text, bool warning);
-  void setStatus(const std::string &text);
-  void written(const std::string &what, int32_t result);
-  void chooseExport();
+  struct Undo {
+    const nvx::support::Setting *setting;
+    nvx::support::Args args;
+    size_t field;
+    nvx::support::Values values;
+  };
+
+  GtkWidget *makeHeader();
+  GtkWidget *makeBanner();
+  GtkWidget *makeRoutingWarning();
+  void addActions();
+  void addShortcuts();
+
+  void rowChanged(SettingRow &row, const nvx::support::Values &values);
+  void showValue(const std::string &id, const nvx::support::Values &values);
+  void settingsFileChanged();
+  void updateBanner();
+  void toast(const std::string &text, std::optional<Undo> undo = std::nullopt);
+  void showRoutingWarning(const std::optional<std::string> &text);
+
   void chooseImport();
-  // Shows what importing `path` changes and imports it when the user agrees.
+  void chooseExport();
   void confirmImport(const std::string &path);
+  void message(const std::string &heading, const std::string &body);
+  void showShortcuts();
+  void showAbout();
+  void closeWindow();
+  void quit();
   void startDemo();
 
-  Controls controls_;
-  Gtk::HeaderBar header_;
-  Gtk::Button sendAll_{"_Send all settings to the mixer", true};
-  Gtk::Button export_{"_Export…", true};
-  Gtk::Button import_{"_Import…", true};
-  Gtk::Box body_{Gtk::Orientation::HORIZONTAL};
-  Gtk::StackSidebar sidebar_;
-  Gtk::Separator separator_{Gtk::Orientation::VERTICAL};
-  Gtk::Box content_{Gtk::Orientation::VERTICAL};
-  Gtk::Revealer banner_;
-  Gtk::Box bannerBox_{Gtk::Orientation::HORIZONTAL, 12};
-  Gtk::Label bannerText_;
-  Gtk::Button bannerClose_;
-  Gtk::Stack stack_;
-  Gtk::Label status_;
-  MixerPage *mixer_ = nullptr;
-  sigc::connection poll_;
+  SettingRows rows_;
+  MixerPage mixers_;
+  nvx::support::BusReport bus_;
+  GtkWidget *stack_ = nullptr;     // AdwViewStack of the pages
+  GtkWidget *toasts_ = nullptr;    // AdwToastOverlay
+  GtkWidget *banner_ = nullptr;    // GtkRevealer
+  GtkWidget *bannerText_ = nullptr;
+  GtkWidget *routingWarning_ = nullptr;  // GtkRevealer on the audio page
+  GtkWidget *routingText_ = nullptr;
+  AdwToast *currentToast_ = nullptr;
+  std::optional<Undo> undo_;
+  std::string lastToast_;
+  std::unique_ptr<FileWatch> settingsWatch_;
+  std::unique_ptr<MixerWatch> mixerWatch_;
   Glib::RefPtr<Gtk::FileChooserNative> chooser_;
-  std::unique_ptr<Gtk::MessageDialog> confirm_;
 };
 
 }  // namespace mxrk7setup

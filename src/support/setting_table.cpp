@@ -77,7 +77,7 @@ Field fieldView(const tables::FieldSpec &spec, size_t paramCount) {
   };
   std::optional<size_t> dependsOn;
   if (spec.dependsOn >= 0) dependsOn = static_cast<size_t>(spec.dependsOn);
-  return {std::string(spec.name), domain, dependsOn};
+  return {std::string(spec.name), domain, dependsOn, spec.onOff};
 }
 
 std::vector<Setting> makeTable() {

@@ -32,6 +32,7 @@ struct Field {
   std::string name;
   std::function<Domain(const Args &)> domain;
   std::optional<size_t> dependsOn;
+  bool onOff = false;  // 0 off, 1 on
 };
 
 struct Setting {

@@ -77,7 +77,7 @@ constexpr std::array<FieldSpec, 2> kFilterFields{{
 constexpr std::array<FieldSpec, 1> kBeatFxFields{{{"value", beatFxText, beatFxLast, 2}}};
 constexpr std::array<FieldSpec, 1> kChannelFaderFields{
     {{"mode", tableText<FXBANKChFaderModeText, 4>, tableLast<FXBANKChFaderModeText, 4>}}};
-constexpr std::array<FieldSpec, 1> kTailFields{{{"tail", nullptr, upTo<1>}}};
+constexpr std::array<FieldSpec, 1> kTailFields{{{"tail", nullptr, upTo<1>, -1, true}}};
 constexpr std::array<FieldSpec, 1> kCutLagFields{{{"value", nullptr, upTo<255>}}};
 constexpr std::array<FieldSpec, 1> kLoopButtonFields{{{"value", nullptr, upTo<1>}}};
 constexpr std::array<FieldSpec, 1> kFaderStartFields{{{"value", nullptr, upTo<2>}}};
@@ -217,56 +217,59 @@ constexpr keys::ReadRule kFileOnly{keys::Missing::Untouched, keys::Missing::Unto
 using R = usb::Request;
 
 constexpr std::array<SettingDescriptor, static_cast<size_t>(SettingId::Count)> kSettings = {{
-    {SettingId::Routing, "routing", N_("USB audio routing"),
-     N_("Chooses the mixer signal that the computer receives on a USB audio channel, for recording or for DJ "
-        "software."),
+    {SettingId::Routing, Area::Audio, "routing", N_("Audio to the computer"),
+     N_("Which mixer signal each USB channel carries to the computer: what your DJ software records or "
+        "uses for timecode."),
      kByChannel, kRoutingFields, routingSettable, R::SetMixerOutputSetting, routingWord, routingKey, storedIndex,
      wholeNumber, readRouting, keys::rules::kRouting, Notice::InputAudio, routingWarnsOn},
-    {SettingId::Boost, "boost", N_("USB output level"),
-     N_("How loud the mixer's sound reaches the computer over USB; turn it down when recordings clip."), kNoParams,
+    {SettingId::Boost, Area::Audio, "boost", N_("Output boost"),
+     N_("How loud the mixer sends its audio to the computer. Lower it if recordings clip."), kNoParams,
      kBoostFields, nullptr, R::SetUSBOutputLevelSetting, boostWord, fixedKey<&kMaxLevel>, storedIndex, wholeNumber,
      readBoost, keys::rules::kBoost, Notice::BoostLevel, nullptr},
-    {SettingId::FxFilter, "fx-filter", N_("Filter"),
-     N_("The filter effect that a bank's filter knob plays, and the effect's parameter."), kByBank, kFilterFields,
+    {SettingId::FxFilter, Area::FxBank, "fx-filter", N_("Filter"),
+     N_("Which filter the bank uses, and the value that shapes it."), kByBank, kFilterFields,
      nullptr, R::SetFXBANKFILTERModeSetting, filterWord, filterKey, storedSignedWord, filterValues, readFilter,
      keys::rules::kFilterGet, Notice::None, nullptr},
-    {SettingId::BeatFx, "beat-fx", N_("Beat FX"),
-     N_("The effect, depth and beat of each of a bank's six beat FX positions."), kByBeatFxSlot, kBeatFxFields,
+    {SettingId::BeatFx, Area::FxBank, "beat-fx", N_("Beat FX"),
+     N_("The effect, its depth and its beat length on each of the six beat FX positions of the bank."),
+     kByBeatFxSlot, kBeatFxFields,
      nullptr, R::SetFXBANKBFXModeSetting, beatFxWord, beatFxKey, storedWord, lowByteValue, readBeatFx,
      keys::rules::kBeatFx, Notice::None, nullptr},
-    {SettingId::ChannelFader, "channel-fader", N_("Channel fader"),
-     N_("What the channel faders do while the bank is in use: set the volume, or play a filter, pitch shift or "
-        "roll."),
+    {SettingId::ChannelFader, Area::FxBank, "channel-fader", N_("Channel fader"),
+     N_("What the channel fader does while this bank's effects are in use."),
      kByBank, kChannelFaderFields, nullptr, R::SetFXBANKCHFADERModeSetting, channelFaderWord, channelFaderKey,
      storedWord, channelFaderValues, nullptr, kFileOnly, Notice::None, nullptr},
-    {SettingId::BeatFxTail, "beat-fx-tail", N_("Beat FX tail"),
-     N_("Whether a bank's beat effect fades out with its tail (1) or stops at once (0) when it is switched off."),
+    {SettingId::BeatFxTail, Area::FxBank, "beat-fx-tail", N_("Beat FX tail"),
+     N_("Let an echo or delay ring out after you switch the beat effect off, instead of cutting it."),
      kByBank, kTailFields, nullptr, R::SetFXBANKBFXTAILSetting, tailWord, tailKey, storedTail, lowByteValue,
      readTail, keys::rules::kTail, Notice::None, nullptr},
-    {SettingId::CrossfaderCutLag, "crossfader-cut-lag", N_("Crossfader cut lag"),
-     N_("How far the crossfader travels from its edge before the sound cuts in, for scratching."), kNoParams,
+    {SettingId::CrossfaderCutLag, Area::Play, "crossfader-cut-lag", N_("Crossfader cut lag"),
+     N_("How far the crossfader travels before the other side comes in: small values give the sharp cut "
+        "that scratching needs."), kNoParams,
      kCutLagFields, nullptr, R::SetCROSSFADERCUTLAGSetting, highByteWord, fixedKey<&kCrossfaderCutLag>,
      storedIndex, lowByteValue, readPlain<NVX_GetCROSSFADERCUTLAGIndex>, keys::rules::kPlayUntouched,
      Notice::None, nullptr},
-    {SettingId::LoopButtonType, "loop-button-type", N_("4-beat loop button"),
-     N_("How the 4-beat loop button behaves when it is pressed."), kNoParams, kLoopButtonFields, nullptr,
+    {SettingId::LoopButtonType, Area::Play, "loop-button-type", N_("4-beat loop button"),
+     N_("How the 4-beat loop button behaves when you press it."), kNoParams, kLoopButtonFields, nullptr,
      R::Set4BEETLOOPBUTTONTYPESetting, highByteWord, fixedKey<&kLoopButtonType>, storedIndex, lowByteValue,
      readPlain<NVX_Get4BEATLOOPBUTTONTypeIndex>, keys::rules::kPlayUntouched, Notice::None, nullptr},
-    {SettingId::FaderStart, "fader-start", N_("Fader start"),
-     N_("Whether raising a channel fader starts the player connected to that channel."), kNoParams,
+    {SettingId::FaderStart, Area::Play, "fader-start", N_("Fader start"),
+     N_("Whether moving a fader starts playback on the deck it belongs to."), kNoParams,
      kFaderStartFields, nullptr, R::SetFADERSTARTSetting, highByteWord, fixedKey<&kFaderStart>, storedIndex,
      lowByteValue, readPlain<NVX_GetFADERSTARTIndex>, keys::rules::kPlayZero, Notice::None, nullptr},
-    {SettingId::PadMode, "pad-mode", N_("Pad mode"), N_("What the performance pads play when they are hit."),
+    {SettingId::PadMode, Area::Play, "pad-mode", N_("Pad mode"),
+     N_("What the performance pads do when you press them."),
      kNoParams, kPadModeFields, nullptr, R::SetPADModeSetting, highByteWord, fixedKey<&kPadMode>, storedIndex,
      lowByteValue, readPlain<NVX_GetPADModeIndex>, keys::rules::kPlayZero, Notice::None, nullptr},
     // The cut lag mode travels in the request named for the crossfader fade.
-    {SettingId::CutLagMode, "cut-lag-mode", N_("Crossfader cut lag mode"),
-     N_("How the crossfader cut lag is applied."), kNoParams, kCutLagModeFields, nullptr,
+    {SettingId::CutLagMode, Area::Play, "cut-lag-mode", N_("Cut lag mode"),
+     N_("How the mixer applies the crossfader cut lag."), kNoParams, kCutLagModeFields, nullptr,
      R::SetCROSSFADERFADESetting, highByteWord, fixedKey<&kCutLagMode>, storedIndex, lowByteValue,
      readPlain<NVX_GetCROSSFADERCUTLAGModeIndex>, keys::rules::kPlayZero, Notice::None, nullptr},
     // Read only: bits 8-15 of the number stored for the cut lag mode.
-    {SettingId::CrossfaderMode, "crossfader-mode", N_("Crossfader mode"),
-     N_("The crossfader mode the mixer was last told, read from the cut lag mode's stored number."), kNoParams,
+    {SettingId::CrossfaderMode, Area::Play, "crossfader-mode", N_("Crossfader mode"),
+     N_("The crossfader curve stored along with the cut lag mode. Shown for information: it cannot be "
+        "set here."), kNoParams,
      kCrossfaderModeFields, nullptr, std::nullopt, nullptr, fixedKey<&kCutLagMode>, nullptr, highByteValue,
      readPlain<NVX_GetCurrentCROSSFADERModeIndex>, keys::rules::kPlayZero, Notice::None, nullptr},
 }};

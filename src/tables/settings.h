@@ -45,6 +45,15 @@ struct FieldSpec {
   // The parameter whose value changes the menu or range (the channel of a routing menu, the item of
   // a beat FX value); -1 when it is the same for every instance.
   int dependsOn = -1;
+  // A value that says off (0) or on (1), shown as a switch.
+  bool onOff = false;
+};
+
+// Where on the mixer a setting belongs, which is where the setup application shows it.
+enum class Area : uint8_t {
+  Audio,   // the audio the computer receives
+  FxBank,  // the FX banks, per bank
+  Play,    // how the mixer plays
 };
 
 // What a change announces to other processes.
@@ -68,6 +77,7 @@ enum class SettingId : uint8_t {
 
 struct SettingDescriptor {
   SettingId id;
+  Area area;
   std::string_view name;      // the tool's word for it: "pad-mode"
   std::string_view title;     // its name for people: "Pad mode"
   std::string_view sentence;  // what it does for a DJ

@@ -4,6 +4,7 @@
 #include <gtkmm.h>
 #include <gtkmm/init.h>
 
+#include "i18n.h"
 #include "style.h"
 
 int main(int argc, char **argv) {
@@ -15,6 +16,7 @@ int main(int argc, char **argv) {
     return 1;
   }
   Gtk::init_gtkmm_internals();
+  mxrk7setup::initTranslations();
   mxrk7setup::followDesktopStyle();
   return RUN_ALL_TESTS();
 }

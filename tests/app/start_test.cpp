@@ -39,17 +39,20 @@ TEST(SetupApplication, StartsOnTheDemoMixersAndDrawsEveryPage) {
   env.set("XDG_STATE_HOME", state.path());
   std::string output;
   ASSERT_EQ(runApp({"--virtual", "--screenshots", shots.path()}, output), 0) << output;
-  for (const std::string page : {"mixer", "routing", "boost", "fx", "play"}) {
-    const std::string path = shots.file(page + ".png");
-    EXPECT_TRUE(isPng(path)) << path << "\n" << output;
-    EXPECT_GT(std::filesystem::file_size(path), 5000u) << path;
+  for (const std::string page : {"mixers", "audio", "fx", "play"}) {
+    for (const std::string size : {"wide", "narrow"}) {
+      const std::string path = shots.file(page + "-" + size + ".png");
+      EXPECT_TRUE(isPng(path)) << path << "\n" << output;
+    }
   }
   // The demo keeps its settings apart: nothing was written to the real config folder.
   EXPECT_FALSE(std::filesystem::exists(state.path() + "/mxrk7/demo/com.norvane.MXR-K7autosetup.plist"));
 }
 
-TEST(SetupApplication, RefusesAnUnknownOption) {
+TEST(SetupApplication, AnswersVersionAndRefusesAnUnknownOption) {
   std::string output;
+  EXPECT_EQ(runApp({"--version"}, output), 0);
+  EXPECT_EQ(output, "mxrk7-setup " MXRK7_VERSION "\n");
   EXPECT_EQ(runApp({"--no-such-option"}, output), 1);
   EXPECT_NE(output.find("unknown option --no-such-option"), std::string::npos) << output;
 }

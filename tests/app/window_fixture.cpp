@@ -17,59 +17,50 @@ bool runUntil(const std::function<bool()> &done, std::chrono::milliseconds timeo
   return true;
 }
 
+void runTool(const std::vector<std::string> &args) {
+  std::vector<std::string> argv = {MXRK7_TOOL};
+  argv.insert(argv.end(), args.begin(), args.end());
+  std::string out, err;
+  int status = -1;
+  Glib::spawn_sync("", argv, Glib::SpawnFlags::DEFAULT, {}, &out, &err, &status);
+  EXPECT_TRUE(g_spawn_check_wait_status(status, nullptr)) << out << err;
+}
+
 WindowTest::WindowTest() {
-  // The library's warning text comes in the user's language: pin it for the tests.
+  // The window and the library's warning speak the user's language: English for these tests.
   env_.set("LANGUAGE", std::nullopt);
   env_.set("LC_ALL", std::nullopt);
   env_.set("LC_MESSAGES", std::nullopt);
   env_.set("LANG", "C");
 }
 
-WindowTest::~WindowTest() { closeWindow(); }
-
-mxrk7setup::SetupWindow &WindowTest::open() {
-  closeWindow();
-  window_ = std::make_unique<mxrk7setup::SetupWindow>();
-  window_->present();
-  runUntil([this] { return window_->get_mapped(); });
-  drain();
-  return *window_;
-}
-
-void WindowTest::closeWindow() {
+WindowTest::~WindowTest() {
   if (!window_) return;
   window_->hide();
   window_.reset();
   drain();
 }
 
-void WindowTest::pick(const std::string &id, guint index) {
-  auto &menu = control<Gtk::DropDown>(id);
-  ASSERT_TRUE(menu.get_sensitive()) << id << " cannot be changed";
-  menu.set_selected(index);
+mxrk7setup::SetupWindow &WindowTest::open(int width) {
+  if (window_) window_->hide();
+  window_ = std::make_unique<mxrk7setup::SetupWindow>();
+  window_->set_default_size(width, 700);
+  window_->present();
+  runUntil([this] { return window_->get_mapped(); });
   drain();
+  return *window_;
 }
 
-void WindowTest::enter(const std::string &id, int value) {
-  auto &spin = control<Gtk::SpinButton>(id);
-  ASSERT_TRUE(spin.get_sensitive()) << id << " cannot be changed";
-  spin.set_value(value);
-  drain();
+mxrk7setup::SettingRow &WindowTest::row(const std::string &id) {
+  mxrk7setup::SettingRow *found = window_->rows().find(id);
+  if (!found) throw std::runtime_error("no row " + id);
+  return *found;
 }
 
-void WindowTest::flip(const std::string &id, bool on) {
-  auto &toggle = control<Gtk::Switch>(id);
-  toggle.set_active(on);
+void WindowTest::choose(const std::string &id, uint32_t value) {
+  ASSERT_TRUE(row(id).changeable()) << id << " cannot be changed";
+  row(id).choose(value);
   drain();
-}
-
-std::vector<std::string> WindowTest::items(const std::string &id) {
-  auto model = control<Gtk::DropDown>(id).get_model();
-  auto strings = std::dynamic_pointer_cast<Gtk::StringList>(model);
-  std::vector<std::string> texts;
-  if (!strings) return texts;
-  for (guint i = 0; i < strings->get_n_items(); ++i) texts.emplace_back(strings->get_string(i));
-  return texts;
 }
 
 VirtualMixer WindowTest::mixer(std::array<int, 4> selectors) {

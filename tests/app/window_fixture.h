@@ -1,5 +1,5 @@
 // A setup window on virtual mixers with a scratch settings folder, and ways to drive it: find a
-// control by its id, change it as the user would, let the main loop run.
+// setting row by its id, change it as the user would, let the main loop run.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,8 @@ namespace nvx::test {
 void drain();
 // Lets the main loop run until `done` holds or `timeout` passes; returns `done()`.
 bool runUntil(const std::function<bool()> &done, std::chrono::milliseconds timeout = std::chrono::seconds(5));
+// Runs the built mxrk7 tool with these arguments (in this test's environment).
+void runTool(const std::vector<std::string> &args);
 
 class WindowTest : public ::testing::Test {
  protected:
@@ -28,25 +31,14 @@ class WindowTest : public ::testing::Test {
   ~WindowTest() override;
 
   // A new window (an open one is closed first), shown and drawn once.
-  mxrk7setup::SetupWindow &open();
-  void closeWindow();
+  mxrk7setup::SetupWindow &open(int width = 960);
   mxrk7setup::SetupWindow &window() { return *window_; }
 
-  template <typename W>
-  W &control(const std::string &id) {
-    Gtk::Widget *widget = window_->controls().find(id);
-    EXPECT_NE(widget, nullptr) << "no control " << id;
-    W *typed = dynamic_cast<W *>(widget);
-    if (!typed) throw std::runtime_error("control " + id + " is not of the expected kind");
-    return *typed;
-  }
-  // As the user does it: pick a menu entry, enter a number, flip a switch.
-  void pick(const std::string &id, guint index);
-  void enter(const std::string &id, int value);
-  void flip(const std::string &id, bool on);
-  guint selected(const std::string &id) { return control<Gtk::DropDown>(id).get_selected(); }
-  int number(const std::string &id) { return control<Gtk::SpinButton>(id).get_value_as_int(); }
-  std::vector<std::string> items(const std::string &id);
+  mxrk7setup::SettingRow &row(const std::string &id);
+  // As the user does it: choose a value in a row (menu entry by its value, number, switch).
+  void choose(const std::string &id, uint32_t value);
+  // The value a row shows; nullopt when it says "Not set".
+  std::optional<uint32_t> shown(const std::string &id) { return row(id).shownValue(); }
 
   static VirtualMixer mixer(std::array<int, 4> selectors = {4, 4, 4, 4});
 
