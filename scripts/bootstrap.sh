@@ -15,6 +15,7 @@ packages=(
   systemd                                # systemd-analyze verify of the user unit
   groff-base                             # renders the manual page in the tool's tests
   valgrind
+  doxygen                                # the API reference (graphviz is not used)
   libgtkmm-4.0-dev libadwaita-1-dev       # the setup application
   xvfb xauth                             # its tests and screenshots on a virtual X server
   desktop-file-utils appstream           # checks of its desktop entry and AppStream metadata
