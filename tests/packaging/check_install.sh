@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Installs the build into a temporary prefix and checks what a user and a developer get there: the
 # library with its SONAME links, the header, pkg-config and CMake packages (a C program is built and
-# run through each), the bundle data, the udev rule's text and the user unit, the manual page and
-# the bash completion, and what `mxrk7 doctor` says about such a prefix.
+# run through each), the examples (built through pkg-config and run on virtual mixers), the bundle
+# data, the udev rule's text and the user unit, the manual page and the bash completion, and what
+# `mxrk7 doctor` says about such a prefix.
 #   check_install.sh BUILD_DIR VERSION VID PID
 set -euo pipefail
 build=$1 version=$2 vid=$3 pid=$4
@@ -37,6 +38,36 @@ cc -std=c99 -Wall -Werror "$here/consumer/consumer.c" -o "$work/consumer-pc" $(p
 cmake -S "$here/consumer" -B "$work/consumer-build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$work/consumer-build" >/dev/null
 "$work/consumer-build/consumer" "$version"
+
+# The examples, built against the installed library as a newcomer builds them, and run on two
+# virtual mixers: the first one's deck 1 input selector is away from the routing's position.
+examples=$here/../../examples
+for example in mixer_status set_routing watch_routing; do
+  # shellcheck disable=SC2046
+  cc -std=c99 -Wall -Wextra -Werror "$examples/$example.c" -o "$work/$example" \
+    $(pkg-config --cflags --libs NorvaneMXRK7Setup glib-2.0) -Wl,-rpath,"$prefix/lib"
+done
+cat >"$work/mixers.json" <<'JSON'
+{"log": "requests.log", "mixers": [{"firmware": [5, 1], "input_selectors": [2, 4, 4, 4], "serato": 1}, {}]}
+JSON
+(
+  export MXRK7_VIRTUAL_MIXERS=$work/mixers.json
+  out=$("$work/mixer_status") || fail "mixer_status exits $?"
+  grep -qx "firmware      0x0105" <<<"$out" || fail "mixer_status: $out"
+  grep -qx "Serato        not active" <<<"$out" || fail "mixer_status: $out"
+  out=$(env -u LANGUAGE -u LC_ALL -u LC_MESSAGES LANG=de_DE.UTF-8 "$work/set_routing" 0 1) || fail "set_routing exits $?"
+  grep -q "Eingangswahlschalter" <<<"$out" || fail "set_routing shows no German warning: $out"
+  grep -qx "1 40 03 00 01 02 80 00 00" "$work/requests.log" || fail "set_routing sent no routing write to mixer 1"
+  # The watcher hears a change made by another process on its session bus, and Ctrl-C ends it.
+  export work
+  # shellcheck disable=SC2016  # expanded by the inner shell
+  timeout 60 dbus-run-session -- bash -euo pipefail -c '
+    seen() { for _ in $(seq 100); do grep -qF "$1" "$work/watch.out" && return 0; sleep 0.1; done; return 1; }
+    "$work/watch_routing" >"$work/watch.out" & watcher=$!
+    seen "Watching" && "$work/set_routing" 1 3 >/dev/null && seen "USB audio channel 1: Cross Fader A" ||
+      { kill "$watcher"; exit 1; }
+    kill -INT "$watcher" && wait "$watcher" && seen "Changes seen: 1"' || fail "watch_routing: $(cat "$work/watch.out")"
+)
 
 # udev rule, from the build's USB numbers
 rule=$(grep -v '^#' "$prefix/lib/udev/rules.d/70-mxrk7.rules")
