@@ -10,11 +10,16 @@ cmake --preset dev
 cmake --build --preset dev -j "$jobs"
 ctest --preset dev
 
-# Optimised build: install, consumer and package checks; the API tests under valgrind; the crash
-# and concurrency stress tests; a smoke run of the benchmarks (built here, measured by scripts/bench.sh).
+# Optimised build: the install and consumer check; the API tests under valgrind; the crash and
+# concurrency stress tests; a smoke run of the benchmarks (built here, measured by scripts/bench.sh).
 cmake --preset release
 cmake --build --preset release -j "$jobs"
 ctest --preset release -L release
+
+# The Debian packages from their own build (the README's command), checked with lintian, installed,
+# used and purged.
+cmake --workflow --preset package
+tests/packaging/check_packages.sh build/package
 
 cmake --preset fuzz
 cmake --build --preset fuzz -j "$jobs"
