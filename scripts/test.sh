@@ -18,9 +18,10 @@ cmake --build --preset release -j "$jobs" --target release_checks
 ctest --preset release -L release
 
 # The Debian packages from their own build (the README's command), checked with lintian, installed,
-# used and purged.
+# used and purged. The check needs root and a machine without these packages; elsewhere it says it
+# skipped (exit 77).
 cmake --workflow --preset package
-tests/packaging/check_packages.sh build/package
+tests/packaging/check_packages.sh build/package || [ $? -eq 77 ]
 
 cmake --preset fuzz
 cmake --build --preset fuzz -j "$jobs"
