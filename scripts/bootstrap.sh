@@ -19,6 +19,7 @@ packages=(
   libgtkmm-4.0-dev libadwaita-1-dev       # the setup application
   xvfb xauth                             # its tests and screenshots on a virtual X server
   desktop-file-utils appstream           # checks of its desktop entry and AppStream metadata
+  file lintian                           # the Debian packages: CPack's dependency scan, their check
 )
 
 missing=()

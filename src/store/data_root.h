@@ -1,5 +1,8 @@
-// Where the library finds its own data (version files, bundle resources): $MXRK7_SYSROOT when set and
-// non-empty, else <folder of the loaded library>/../share/mxrk7. The build tree has the same layout.
+// Where the library finds its own data (version files, bundle resources, demo mixers): $MXRK7_SYSROOT
+// when set and non-empty, else found from the file the library's code was linked into. The shared
+// library starts from its own folder, a program that carries the code statically from its own path;
+// the relative path from there to <prefix>/share/mxrk7 is fixed by the configured install folders.
+// The build tree has the same layout.
 #pragma once
 
 #include <string>
@@ -8,8 +11,13 @@ namespace nvx::store {
 
 std::string dataRoot();
 
-// The same rule for a library at `objectFile`: $MXRK7_SYSROOT, else <its folder>/../share/mxrk7.
-std::string dataRootFor(const std::string &objectFile);
+// The data folder found from this code's own file, $MXRK7_SYSROOT aside; empty when that file
+// cannot be told.
+std::string installedDataRoot();
+
+// The install prefix of the running program (or the build tree, laid out alike), from its own path;
+// empty when /proc/self/exe cannot be read.
+std::string programPrefix();
 
 // Fixed paths below the data root.
 std::string driverInfoPlistPath();

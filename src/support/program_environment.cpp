@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "store/data_root.h"
+
 namespace fs = std::filesystem;
 
 namespace nvx::support {
@@ -26,17 +28,12 @@ std::string homeFolder() {
   return {};
 }
 
-std::string installPrefix() {
-  std::error_code error;
-  const fs::path program = fs::read_symlink("/proc/self/exe", error);
-  if (error) return {};
-  return program.parent_path().parent_path().lexically_normal();
-}
+std::string installPrefix() { return store::programPrefix(); }
 
 std::string demoMixersPath() {
-  const std::string prefix = installPrefix();
-  if (prefix.empty()) return {};
-  return (fs::path(prefix) / "share" / "mxrk7" / "virtual-demo.json").lexically_normal();
+  const std::string root = store::installedDataRoot();
+  if (root.empty()) return {};
+  return root + "/virtual-demo.json";
 }
 
 std::string demoConfigHome() {

@@ -12,11 +12,12 @@ namespace nvx::support {
 // neither tells.
 std::string homeFolder();
 
-// The prefix the running program is installed in (or the build tree, laid out alike): the folder
-// above the program's own folder. Empty when /proc/self/exe cannot be read.
+// The prefix the running program is installed in (or the build tree, laid out alike), found from
+// the program's own path. Empty when /proc/self/exe cannot be read.
 std::string installPrefix();
 
-// The demo mixers' config next to the program: <prefix>/share/mxrk7/virtual-demo.json.
+// The demo mixers' config in the data folder installed with the program (MXRK7_SYSROOT aside):
+// <prefix>/share/mxrk7/virtual-demo.json.
 std::string demoMixersPath();
 
 // The settings folder of --virtual: $XDG_STATE_HOME/mxrk7/demo, with ~/.local/state for an unset

@@ -71,7 +71,7 @@ TEST_F(Doctor, AComputerWithoutMixerIsNormal) {
   ASSERT_EQ(mixers.size(), 1u);
   EXPECT_EQ(mixers[0]["status"], "note");
   EXPECT_NE(mixers[0]["message"].get<std::string>().find("no mixer connected"), std::string::npos);
-  EXPECT_EQ(statuses(area(doc, "library")), std::vector<std::string>{"ok"});
+  EXPECT_EQ(statuses(area(doc, "data folder")), std::vector<std::string>{"ok"});
   EXPECT_EQ(statuses(area(doc, "session bus")), std::vector<std::string>{"warning"});
   EXPECT_EQ(statuses(area(doc, "settings file")), std::vector<std::string>{"note"});
   const auto driver = area(doc, "driver");
@@ -184,13 +184,14 @@ TEST_F(Doctor, ASettingsFolderThatCannotBeWrittenIsAProblem) {
       << found[0];
 }
 
-// Data folders of the library (MXRK7_SYSROOT) and the version files in them.
+// Data folders (MXRK7_SYSROOT) and the version files in them.
 struct VersionCase {
   const char *name;
-  std::function<void(const ScratchDir &, const std::string &toolVersion)> prepare;
+  // Fills the scratch folder; returns the data folder below it that the tool is pointed at.
+  std::function<std::string(const ScratchDir &, const std::string &toolVersion)> prepare;
   int exitCode;
-  std::string library;  // the library's finding: status and a text in its message
-  std::string libraryMentions;
+  std::string dataFolder;  // the data folder's finding: status and a text in its message
+  std::string dataFolderMentions;
   std::string setupApp;
 };
 
@@ -206,35 +207,41 @@ const std::string kLibraryPlist =
     "System/Library/Frameworks/NorvaneMXRK7Setup.framework/Versions/A/Resources/info.plist";
 const std::string kSetupAppPlist = "Applications/Norvane/MXR-K7/MXR-K7 Setup.app/Contents/info.plist";
 
-TEST_P(DoctorVersions, CompareTheLibraryWithTheTool) {
+TEST_P(DoctorVersions, CompareTheDataFolderWithTheTool) {
   std::string toolVersion = runTool({"--version"}).out;
   toolVersion.erase(toolVersion.find_last_not_of(" \n") + 1);
-  ScratchDir sysroot;
-  GetParam().prepare(sysroot, toolVersion);
+  ScratchDir scratch;
+  const std::string sysroot = GetParam().prepare(scratch, toolVersion);
   EnvGuard env;
-  env.set("MXRK7_SYSROOT", sysroot.path());
+  env.set("MXRK7_SYSROOT", sysroot);
   const json doc = doctor(GetParam().exitCode);
-  const auto library = area(doc, "library");
-  ASSERT_EQ(library.size(), 1u);
-  EXPECT_EQ(library[0]["status"], GetParam().library);
-  EXPECT_NE(library[0]["message"].get<std::string>().find(GetParam().libraryMentions), std::string::npos) << library[0];
+  const auto found = area(doc, "data folder");
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0]["status"], GetParam().dataFolder);
+  const std::string message = found[0]["message"];
+  EXPECT_EQ(message.rfind(sysroot, 0), 0u) << message;
+  EXPECT_NE(message.find(GetParam().dataFolderMentions), std::string::npos) << message;
   EXPECT_EQ(statuses(area(doc, "setup app")), std::vector<std::string>{GetParam().setupApp});
 }
 
 INSTANTIATE_TEST_SUITE_P(
     , DoctorVersions,
     ::testing::Values(
-        VersionCase{"noDataFolder", [](const ScratchDir &, const std::string &) {}, 5, "problem",
-                    "has no version file", "note"},
+        VersionCase{"noDataFolder", [](const ScratchDir &root, const std::string &) { return root.file("missing"); },
+                    5, "problem", "does not exist", "note"},
+        VersionCase{"noVersionFile", [](const ScratchDir &root, const std::string &) { return root.path(); }, 5,
+                    "problem", "has no version file", "note"},
         VersionCase{"otherVersion",
                     [](const ScratchDir &root, const std::string &) {
                       root.write(kLibraryPlist, versionPlist("CFBundleVersion", "0.9.1"));
+                      return root.path();
                     },
                     5, "problem", "is version 0.9.1, but this tool is version", "note"},
         VersionCase{"sameVersionAndTheSetupApp",
                     [](const ScratchDir &root, const std::string &tool) {
                       root.write(kLibraryPlist, versionPlist("CFBundleVersion", tool));
                       root.write(kSetupAppPlist, versionPlist("CFBundleVersion", "2.5"));
+                      return root.path();
                     },
                     0, "ok", "the same as this tool", "ok"}),
     [](const auto &test) { return std::string(test.param.name); });

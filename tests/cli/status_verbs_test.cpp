@@ -65,8 +65,12 @@ TEST_F(StatusVerbs, InfoWithoutMixerOrWithABusyOneStillSucceeds) {
   EXPECT_TRUE(busy.json()["bus"]["mixers"][0]["firmware"].is_null());
 }
 
-TEST_F(StatusVerbs, InfoExplainsTheMissingVersionFiles) {
+TEST_F(StatusVerbs, InfoNamesTheDataFolderAndExplainsTheMissingVersionFiles) {
   const auto doc = runTool({"info", "--json"}).json();
+  // The tool carries the library's code and finds the data folder the build stages from its own path.
+  EXPECT_EQ(doc["data_folder"]["path"],
+            std::filesystem::weakly_canonical(std::filesystem::path(MXRK7_DEMO_CONFIG).parent_path()).string());
+  EXPECT_EQ(doc["data_folder"]["exists"], true);
   const auto &versions = doc["versions"];
   EXPECT_TRUE(versions["library"]["text"].is_string());  // the build stages the library's own file
   EXPECT_EQ(versions["library"]["text"], versions["tool"]["text"]);

@@ -10,7 +10,7 @@
 
 #include "mixer_report.h"
 #include "setting_values.h"
-#include "support/library_location.h"
+#include "support/data_folder.h"
 #include "support/mixer_probe.h"
 #include "support/product.h"
 #include "support/session_bus.h"
@@ -80,31 +80,35 @@ std::string usbIdText() {
   return fmt::format("{:04x}:{:04x}", id.vendor, id.product);
 }
 
-// --- The library and the version files ----------------------------------------------------------
+// --- The data folder and the version files -----------------------------------------------------
 
-void checkLibrary(Report &report) {
-  const std::string library = nvx::support::loadedLibraryFile();
-  const char *text = nullptr;
-  const bool known = NVX_GetLibraryVersionText(productId(), &text) == NVX_OK && text;
-  if (!known) {
-    report.problem("library",
-                   fmt::format("{} has no version file: its data folder {} is missing or incomplete (the warning "
-                               "texts are missing too)",
-                               library, nvx::support::libraryDataRoot(library)),
-                   "reinstall NorvaneMXRK7Setup (the package, or cmake --install of the same build); MXRK7_SYSROOT "
-                   "names another data folder",
-                   Exit::Failure);
-    return;
-  }
-  if (std::string_view(text) != MXRK7_PROJECT_VERSION) {
-    report.problem("library",
+// The library's code is built into this tool; its data (version files, warning texts, demo mixers)
+// comes from the data folder, which must belong to the same version.
+void checkDataFolder(Report &report) {
+  const std::string area = "data folder";
+  const auto folder = nvx::support::inspectDataFolder();
+  const std::string reinstall =
+      "reinstall the package mxrk7-data (sudo apt install --reinstall mxrk7-data), or cmake --install the same "
+      "build as this tool; if MXRK7_SYSROOT is set, it names the data folder instead";
+  if (!folder.exists) {
+    report.problem(area,
+                   fmt::format("{} does not exist: the library's version file and its warning texts are missing",
+                               folder.path),
+                   reinstall, Exit::Failure);
+  } else if (!folder.version) {
+    report.problem(area,
+                   fmt::format("{} has no version file of the library: it is incomplete (the warning texts may be "
+                               "missing too)",
+                               folder.path),
+                   reinstall, Exit::Failure);
+  } else if (*folder.version != nvx::support::kCoreVersion) {
+    report.problem(area,
                    fmt::format("{} is version {}, but this tool is version {}: they come from different installs",
-                               library, text, MXRK7_PROJECT_VERSION),
-                   "install the tool and the library from the same package or build; check LD_LIBRARY_PATH",
-                   Exit::Failure);
-    return;
+                               folder.path, *folder.version, nvx::support::kCoreVersion),
+                   reinstall, Exit::Failure);
+  } else {
+    report.ok(area, fmt::format("{}: version {}, the same as this tool", folder.path, *folder.version));
   }
-  report.ok("library", fmt::format("version {}, the same as this tool ({})", text, library));
 }
 
 void checkVersionFiles(Report &report) {
@@ -334,7 +338,7 @@ std::string doctorText(const nlohmann::json &doc) {
 
 Exit doctor(Context &context) {
   Report report;
-  checkLibrary(report);
+  checkDataFolder(report);
   checkVersionFiles(report);
   checkUdevRule(report);
   checkUserUnit(report);
@@ -364,7 +368,7 @@ Exit doctor(Context &context) {
 
 void addDoctorVerb(VerbRegistry &verbs) {
   verbs.add("doctor",
-            "Check everything the mixer needs on this computer (library, udev rule, the unit that re-applies "
+            "Check everything the mixer needs on this computer (the library's data folder, udev rule, the unit that re-applies "
             "settings, each mixer's access, the session bus, the settings file) and say how to fix what is wrong. "
             "Exit 0 when nothing stops you from using the mixer.",
             {"mxrk7 doctor", "mxrk7 doctor --json", "mxrk7 --virtual doctor"}, doctor);

@@ -4,6 +4,7 @@
 
 #include "mixer_report.h"
 #include "setting_values.h"
+#include "support/data_folder.h"
 #include "support/mixer_probe.h"
 #include "support/product.h"
 #include "support/stored_settings.h"
@@ -34,15 +35,19 @@ std::string versionText(const nlohmann::json &version) {
 Exit info(Context &context) {
   const auto bus = nvx::support::probeMixers(Probe::WithStatus);
   const bool connected = NVX_IsUSBConnection(productId()) == NVX_CONNECTED;
+  // The library's code is built into the tool ("tool"); "library" is the version file of the data
+  // folder that code reads.
+  const auto data = nvx::support::inspectDataFolder();
   nlohmann::json doc = {
       {"product", {{"name", kProductName}, {"id", productId()}}},
+      {"data_folder", {{"path", data.path}, {"exists", data.exists}}},
       {"versions",
        {{"library", versionJson(NVX_GetLibraryVersionText, "unknown: the library's own info.plist is missing or unreadable")},
         {"setup_app", versionJson(NVX_GetUtilityVersionText, "not installed")},
         // Linux has no driver of the mixer's own: the kernel's USB audio driver serves it.
         {"driver", versionJson(NVX_GetDriverVersionText,
                                "none needed: the kernel's USB audio driver (snd-usb-audio) serves the mixer")},
-        {"tool", {{"text", MXRK7_PROJECT_VERSION}, {"missing", nullptr}}}}},
+        {"tool", {{"text", nvx::support::kCoreVersion}, {"missing", nullptr}}}}},
       {"connection", connected ? "connected" : "not connected"},
       {"settings_file", fileJson(nvx::support::StoredSettings::read())},
       {"bus", busJson(bus, true)}};
@@ -52,8 +57,9 @@ Exit info(Context &context) {
     std::string text;
     text += fmt::format("Product          {} (product id {})\n", d.at("product").at("name").get<std::string>(),
                         d.at("product").at("id").get<int>());
-    text += fmt::format("Library          {}\n", versionText(v.at("library")));
-    text += fmt::format("Tool             {}\n", versionText(v.at("tool")));
+    text += fmt::format("Tool             {} (the library's code is built in)\n", versionText(v.at("tool")));
+    text += fmt::format("Data folder      {}{}, version {}\n", d.at("data_folder").at("path").get<std::string>(),
+                        d.at("data_folder").at("exists").get<bool>() ? "" : " (missing)", versionText(v.at("library")));
     text += fmt::format("Setup app        {}\n", versionText(v.at("setup_app")));
     text += fmt::format("Driver           {}\n", versionText(v.at("driver")));
     text += fmt::format("Connection       {} ({} mixer{} found)\n", d.at("connection").get<std::string>(),
@@ -96,7 +102,8 @@ Exit udevRule(Context &context) {
 
 void addStatusVerbs(VerbRegistry &verbs) {
   verbs.add("info",
-            "Product, versions, connection, and each mixer's firmware, input selectors and Serato state.",
+            "Product, versions (the library's code built into this tool, the data folder it reads), connection, and "
+            "each mixer's firmware, input selectors and Serato state.",
             {"mxrk7 info", "mxrk7 --virtual info", "mxrk7 info --json"}, info);
   verbs.add("devices", "The mixers found on USB, where they are, and whether this user may open them.",
             {"mxrk7 devices", "mxrk7 devices --json"}, devices);
