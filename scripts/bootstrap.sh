@@ -15,11 +15,13 @@ packages=(
   systemd                                # systemd-analyze verify of the user unit
   groff-base                             # renders the manual page in the tool's tests
   valgrind
+  doxygen                                # the API reference (graphviz is not used)
   libgtkmm-4.0-dev libadwaita-1-dev       # the setup application
   libgudev-1.0-dev                       # its watch for plugged and unplugged mixers
   gettext                                # its translations (xgettext, msgfmt, msgcmp)
   xvfb xauth                             # its tests and screenshots on a virtual X server
   desktop-file-utils appstream           # checks of its desktop entry and AppStream metadata
+  file lintian                           # the Debian packages: CPack's dependency scan, their check
 )
 
 missing=()
