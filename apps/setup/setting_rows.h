@@ -5,8 +5,7 @@
 // change the user makes is handed to the window, which makes it and reports it. Showing a value
 // never sends it.
 //
-// Every row has a stable id ("routing-1", "boost", "fx-filter-1-param", "beat-fx-0-3-1"): the
-// window's tests find rows by it.
+// Every row has a stable id (see rowId): the window's tests find rows by it.
 #pragma once
 
 #include <adwaita.h>
@@ -23,7 +22,7 @@
 namespace mxrk7setup {
 
 // The name of a row: the setting's name, its arguments, and (for a value of several fields) the field:
-// "fx-filter-1-mode". Tests and the window find rows by it.
+// "<name>-1-mode". Tests and the window find rows by it.
 std::string rowId(const nvx::support::Setting &setting, const nvx::support::Args &args, size_t field);
 std::string rowId(nvx::tables::SettingId id, const nvx::support::Args &args);  // its first field
 

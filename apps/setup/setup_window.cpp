@@ -253,7 +253,21 @@ void SetupWindow::addShortcuts() {
 }
 
 void SetupWindow::showPage(const std::string &name) {
-  const std::string page = name == "routing" || name == "boost" ? "audio" : name == "mixer" ? "mixers" : name;
+  // A setting's name opens the page it is on.
+  std::string page = name == "mixer" ? "mixers" : name;
+  if (const auto *setting = nvx::tables::findSetting(name)) {
+    switch (setting->area) {
+      case nvx::tables::Area::Audio:
+        page = "audio";
+        break;
+      case nvx::tables::Area::FxBank:
+        page = "fx";
+        break;
+      case nvx::tables::Area::Play:
+        page = "play";
+        break;
+    }
+  }
   if (adw_view_stack_get_child_by_name(ADW_VIEW_STACK(stack_), page.c_str()))
     adw_view_stack_set_visible_child_name(ADW_VIEW_STACK(stack_), page.c_str());
 }

@@ -35,7 +35,7 @@ class SetupWindow : public Gtk::Window {
   SetupWindow(const SetupWindow &) = delete;
   SetupWindow &operator=(const SetupWindow &) = delete;
 
-  // Pages by name: "mixers", "audio", "fx", "play" ("routing" and "boost" show the audio page).
+  // Pages by name: "mixers", "audio", "fx", "play"; a setting's name shows the page it is on.
   static std::vector<std::string> pageNames();
   void showPage(const std::string &name);
   std::string visiblePage() const;

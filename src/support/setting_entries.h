@@ -55,10 +55,10 @@ nlohmann::json entryJson(const Entry &entry);
 // {"path", "state"}
 nlohmann::json fileJson(const StoredSettings &file);
 
-// "fx-filter B" for one instance: the text of targetText for the setting and its arguments.
+// "NAME B" for one instance: the text of targetText for the setting and its arguments.
 std::string targetOf(const Setting &setting, const Args &args);
 
-// Text forms of the JSON forms: "fx-filter B" for an object with "setting" and "args", and
+// Text forms of the JSON forms: "NAME B" for an object with "setting" and "args", and
 // "PITCH (3), param 64" for a fields array ("-" for null).
 std::string targetText(const nlohmann::json &entry);
 std::string valueText(const nlohmann::json &fields);

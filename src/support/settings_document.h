@@ -2,9 +2,11 @@
 // `mxrk7 export` / `mxrk7 import` and the setup application's Export and Import buttons.
 //
 //   {"format": "mxrk7-settings", "version": 1, "product": "MXR-K7",
-//    "settings": [{"setting": "fx-filter", "args": {"bank": "B"}, "key": "BANKB_FILTER",
+//    "settings": [{"setting": <name>, "args": {"bank": "B"}, "key": "BANKB_FILTER",
 //                  "fields": [{"name": "mode", "index": 3, "text": "PITCH"},
 //                             {"name": "param", "index": 64, "text": null}]}, ...]}
+//
+// (docs/cli.md describes the document.)
 //
 // Exporting writes every setting instance that the settings file holds with a value the library
 // accepts. Importing checks the whole document first and changes nothing when any part is wrong;
@@ -51,13 +53,13 @@ struct Plan {
 };
 
 // Something wrong with a document. `entry` is the position in "settings" (nullopt for the document
-// as a whole); `target` names the instance when it could be read ("fx-filter B").
+// as a whole); `target` names the instance when it could be read ("NAME B").
 struct Problem {
   std::optional<size_t> entry;
   std::string target;
   std::string message;
 
-  // "settings[3] (fx-filter B): mode: \"PTICH\" is not allowed; ..."
+  // "settings[3] (NAME B): mode: \"PTICH\" is not allowed; ..."
   std::string text() const;
 };
 

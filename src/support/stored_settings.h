@@ -1,6 +1,6 @@
 // The auto-setup file as the tool and the setup application inspect it: whether it exists and can
 // be read, and whether it holds a given key with an integer value. The public API cannot tell a
-// stored value from a default, and has no getter at all for the channel-fader words.
+// stored value from a default, and has no getter at all for the channel fader words.
 //
 #pragma once
 

@@ -78,7 +78,7 @@ enum class SettingId : uint8_t {
 struct SettingDescriptor {
   SettingId id;
   Area area;
-  std::string_view name;      // the tool's word for it: "pad-mode"
+  std::string_view name;      // the tool's word for it
   std::string_view title;     // its name for people: "Pad mode"
   std::string_view sentence;  // what it does for a DJ
   std::span<const ParamSpec> params;

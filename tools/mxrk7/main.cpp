@@ -11,6 +11,7 @@
 #include "environment.h"
 #include "exit_status.h"
 #include "output.h"
+#include "setting_values.h"
 #include "suggest.h"
 #include "verbs.h"
 
@@ -63,14 +64,15 @@ int main(int argc, char **argv) {
                "Use the two demo mixers instead of USB, with demo settings kept apart from yours");
   app.add_option("--config-home", options.configHome, "Folder of the settings file (instead of XDG_CONFIG_HOME)")
       ->type_name("DIR");
+  using Id = nvx::tables::SettingId;
   app.footer(
       "\nExamples:\n"
       "  mxrk7 --virtual info             try it without a mixer\n"
       "  mxrk7 doctor                     what is missing on this computer, and how to fix it\n"
       "  mxrk7 devices                    is the mixer there, may I open it?\n"
-      "  mxrk7 show                       every remembered setting\n"
-      "  mxrk7 set boost -10dB            change a setting\n"
-      "  mxrk7 list fx-filter             the values a setting takes\n"
+      "  mxrk7 show                       every remembered setting\n" +
+      fmt::format("  {:<32} change a setting\n", "mxrk7 set " + exampleWords(Id::Boost)) +
+      fmt::format("  {:<32} the values a setting takes\n", "mxrk7 list " + exampleWords(Id::FxFilter, 0, false)) +
       "  mxrk7 export my-settings.json    keep every setting in a file (mxrk7 import reads it)\n"
       "\nExit codes: 0 done, 1 usage error, 2 refused by the library, 3 no mixer, 4 no mixer took the change\n"
       "(or none can be opened), 5 not stored or another failure, 6 some mixers took the change and some did not.\n"

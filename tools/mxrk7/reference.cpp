@@ -58,6 +58,17 @@ std::string markdown() {
   return text;
 }
 
+// Command lines of the manual's EXAMPLES section that name settings.
+std::string manExamples() {
+  using Id = nvx::tables::SettingId;
+  const std::vector<std::string> lines = {"mxrk7 set " + exampleWords(Id::Routing), "mxrk7 set " + exampleWords(Id::FxFilter),
+                                          "mxrk7 get " + exampleWords(Id::BeatFx, 2, false)};
+  std::string text;
+  for (const auto &line : lines) text += roff(line) + "\n";
+  return text;
+}
+
+// The settings section, then (after a comment line that the build splits at) the examples.
 std::string man() {
   std::string text;
   for (const auto &setting : settingTable()) {
@@ -67,7 +78,7 @@ std::string man() {
     text += fmt::format(".TP\n.BI {} \"{}\"\n{}{}\n.br\n{}\n", roff(setting.name), roff(args), roff(setting.sentence),
                         setting.readOnly() ? " Read\\-only." : "", roff(valuesLine(setting)));
   }
-  return text;
+  return text + ".\\\" examples\n" + manExamples();
 }
 
 }  // namespace

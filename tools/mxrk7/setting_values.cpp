@@ -67,6 +67,27 @@ std::string placeholder(std::string_view name) {
   return text;
 }
 
+std::string exampleWords(nvx::tables::SettingId id, size_t argCount, bool withValue) {
+  const Setting &setting = nvx::support::settingOf(nvx::tables::setting(id));
+  auto word = [](const std::string &text) { return text.find(' ') == std::string::npos ? text : "\"" + text + "\""; };
+  auto pick = [&](const Domain &domain, size_t preferred) {
+    const auto members = domain.members();
+    const uint32_t number = members.at(std::min(preferred, members.size() - 1));
+    return std::make_pair(number, domain.textOf(number).value_or(std::to_string(number)));
+  };
+  std::string words = setting.name;
+  Args args;
+  for (size_t i = 0; i < setting.params.size(); ++i) {
+    // The second instance of each argument: channel 1, bank B, position 2, the depth.
+    const auto [number, text] = pick(setting.params[i].domain, 1);
+    args.push_back(number);
+    if (i < argCount) words += " " + word(text);
+  }
+  if (withValue)
+    for (const auto &field : setting.fields) words += " " + word(pick(field.domain(args), 3).second);
+  return words;
+}
+
 nlohmann::json skippedJson(const Entry &entry) {
   nlohmann::json skip = entryJson(entry);
   skip["reason"] = fmt::format("the file holds {}, which is not a valid value", *entry.stored);

@@ -40,16 +40,23 @@ using nvx::support::Values;
 const Setting &settingNamed(const std::string &word);
 Args parseArgs(const Setting &setting, const std::vector<std::string> &words);
 Values parseValues(const Setting &setting, const Args &args, const std::vector<std::string> &words);
-// "fx-filter BANK MODE PARAM" (with `withValues`), "fx-filter [BANK]" otherwise.
+// "NAME BANK MODE PARAM" (with `withValues`), "NAME [BANK]" otherwise.
 std::string usageOf(const Setting &setting, bool withValues);
 // A parameter or field name as usage lines show it: "BANK".
 std::string placeholder(std::string_view name);
+
+// An example of the words that name one instance of the setting (`argCount` of its arguments) and,
+// with `withValue`, give it a value: written from the table, so help and manual never name a
+// setting or value that this build does not have. A word with blanks is quoted.
+std::string exampleWords(nvx::tables::SettingId id, size_t argCount, bool withValue);
+// Every argument, and a value.
+inline std::string exampleWords(nvx::tables::SettingId id) { return exampleWords(id, 3, true); }
 
 // An entry left out because the file holds a number the library does not take: its entryJson
 // with the "reason".
 nlohmann::json skippedJson(const Entry &entry);
 
-// One aligned line "fx-filter B   PITCH (3), ...   [file]" of an entry, and the settings file's line.
+// One aligned line "NAME B   PITCH (3), ...   [file]" of an entry, and the settings file's line.
 std::string entryLine(const nlohmann::json &entry);
 std::string fileText(const nlohmann::json &file);
 

@@ -72,8 +72,10 @@ Exit get(Context &context, const Words &words) {
   return Exit::Ok;
 }
 
+const Setting &routingSetting() { return nvx::support::settingOf(nvx::tables::setting(nvx::tables::SettingId::Routing)); }
+
 Exit routing(Context &context) {
-  context.out.result(entriesJson({&settingNamed("routing")}, {}), entriesText);
+  context.out.result(entriesJson({&routingSetting()}, {}), entriesText);
   return Exit::Ok;
 }
 
@@ -255,18 +257,22 @@ void addMixerOption(CLI::App *verb, std::string &mixer) {
 }  // namespace
 
 void addSettingVerbs(VerbRegistry &verbs) {
+  using Id = nvx::tables::SettingId;
   verbs.add("show",
             "Every remembered setting with its value, and where it comes from: the settings file, the "
             "library's default, or not set.",
             {"mxrk7 show", "mxrk7 --virtual show", "mxrk7 show --json"}, show);
   addWordVerb(verbs, "list", "The settings, or the values one setting takes (its menu texts, or its range).",
-              {"mxrk7 list", "mxrk7 list boost", "mxrk7 list routing 1", "mxrk7 list beat-fx"}, "[SETTING [ARGS]]",
+              {"mxrk7 list", "mxrk7 list " + exampleWords(Id::Boost, 0, false),
+               "mxrk7 list " + exampleWords(Id::Routing, 1, false), "mxrk7 list " + exampleWords(Id::BeatFx, 0, false)},
+              "[SETTING [ARGS]]",
               "A setting name and, optionally, its leading arguments", false, list, std::make_shared<Words>());
   auto getWords = std::make_shared<Words>();
   CLI::App *getVerb =
       addWordVerb(verbs, "get", "The current value of a setting (of every instance its leading arguments name).",
-                  {"mxrk7 get pad-mode", "mxrk7 get fx-filter B", "mxrk7 get beat-fx temporary 3",
-                   "mxrk7 get boost --value", "mxrk7 get routing --json"},
+                  {"mxrk7 get " + exampleWords(Id::PadMode, 0, false), "mxrk7 get " + exampleWords(Id::FxFilter, 1, false),
+                   "mxrk7 get " + exampleWords(Id::BeatFx, 2, false), "mxrk7 get " + exampleWords(Id::Boost, 0, false) + " --value",
+                   "mxrk7 get " + exampleWords(Id::Routing, 0, false) + " --json"},
                   "SETTING [ARGS]", "A setting name and, optionally, its leading arguments", true, get, getWords);
   getVerb->add_flag("--value", getWords->value,
                     "Print only the value, as numbers in the order set takes them (one line per instance; an empty "
@@ -276,18 +282,21 @@ void addSettingVerbs(VerbRegistry &verbs) {
       verbs, "set",
       "Set a setting on every mixer and remember it. Values are menu texts (any case, blanks ignored) or indices "
       "(decimal or 0x hex).",
-      {"mxrk7 set pad-mode 2", "mxrk7 set fx-filter B PITCH 0x40", "mxrk7 set beat-fx temporary 3 depth 200",
-       "mxrk7 set routing 1 \"Cross Fader A\"", "mxrk7 set boost -10dB", "mxrk7 set channel-fader A \"fader roll\"",
-       "mxrk7 set pad-mode 1 --mixer 0"},
+      {"mxrk7 set " + exampleWords(Id::PadMode), "mxrk7 set " + exampleWords(Id::FxFilter),
+       "mxrk7 set " + exampleWords(Id::BeatFx), "mxrk7 set " + exampleWords(Id::Routing), "mxrk7 set " + exampleWords(Id::Boost),
+       "mxrk7 set " + exampleWords(Id::ChannelFader), "mxrk7 set " + exampleWords(Id::PadMode) + " --mixer 0"},
       "SETTING ARGS VALUE", "See mxrk7 list SETTING for the arguments and values", true, set, setWords);
   addMixerOption(setVerb, setWords->mixer);
   addWordVerb(verbs, "reset",
               "Forget remembered settings: remove every setting of this tool (or only SETTING) from the settings file, "
               "in one update. Settings of other programs stay. The mixers keep what they were last sent.",
-              {"mxrk7 reset beat-fx", "mxrk7 reset", "mxrk7 --virtual reset --json"}, "[SETTING]",
+              {"mxrk7 reset " + exampleWords(Id::BeatFx, 0, false), "mxrk7 reset", "mxrk7 --virtual reset --json"},
+              "[SETTING]",
               "The setting to forget; every one without it", false, reset, std::make_shared<Words>());
-  verbs.add("routing", "The source of each of the five USB audio channels.",
-            {"mxrk7 routing", "mxrk7 set routing 1 \"Cross Fader A\"", "mxrk7 list routing 1"}, routing);
+  // A verb of the routing setting's own name: `get` of every channel.
+  const std::string name = routingSetting().name;
+  verbs.add(name, "The source of each of the five USB audio channels.",
+            {"mxrk7 " + name, "mxrk7 set " + name + " 1 \"Cross Fader A\"", "mxrk7 list " + name + " 1"}, routing);
 }
 
 }  // namespace mxrk7

@@ -70,13 +70,13 @@ void readFile(Watcher &watcher, bool quietly) {
 }
 
 void onRoutingChanged(int32_t channel, int32_t index, void *context) {
-  const Setting &routing = settingNamed("routing");
+  const Setting &routing = nvx::support::settingOf(nvx::tables::setting(nvx::tables::SettingId::Routing));
   const Args args{static_cast<uint32_t>(channel)};
   report(*static_cast<Watcher *>(context), routing, args, fieldsJson(routing, args, {static_cast<uint32_t>(index)}));
 }
 
 void onBoostChanged(int32_t index, void *context) {
-  const Setting &boost = settingNamed("boost");
+  const Setting &boost = nvx::support::settingOf(nvx::tables::setting(nvx::tables::SettingId::Boost));
   report(*static_cast<Watcher *>(context), boost, {}, fieldsJson(boost, {}, {static_cast<uint32_t>(index)}));
 }
 
