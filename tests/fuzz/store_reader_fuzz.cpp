@@ -27,6 +27,7 @@
 #include "store/plist_file.h"
 #include "store/plist_reader.h"
 #include "store/plist_writer.h"
+#include "support/plist_integers.h"
 
 namespace {
 
@@ -108,11 +109,14 @@ bool same(const PlistValue &ours, plist_t theirs) {
       if (!same(array->items[i], plist_array_get_item(theirs, i))) return false;
     return true;
   }
+  // libplist's binary reader keeps every entry of a key named twice; the last one counts, as in ours.
   const auto &dict = *ours.as<PlistDictionary>();
-  if (type != PLIST_DICT || plist_dict_get_size(theirs) != dict.size()) return false;
+  if (type != PLIST_DICT) return false;
+  const auto entries = nvx::test::plistEntries(theirs);
+  if (entries.size() != dict.size()) return false;
   for (size_t i = 0; i < dict.size(); ++i) {
-    const plist_t item = plist_dict_get_item(theirs, dict.keyAt(i).c_str());
-    if (!item || !same(dict.valueAt(i), item)) return false;
+    const auto found = entries.find(dict.keyAt(i));
+    if (found == entries.end() || !same(dict.valueAt(i), found->second)) return false;
   }
   return true;
 }
