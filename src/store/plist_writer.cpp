@@ -24,36 +24,26 @@ constexpr std::string_view kFooter = "</plist>\n";
 // written as a character reference, since a reader turns a literal one into a line feed.
 bool appendText(std::string &out, std::string_view text) {
   if (!g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr)) return false;
+  size_t plain = 0;  // start of the bytes not yet appended
   for (size_t i = 0; i < text.size(); ++i) {
     const auto c = static_cast<unsigned char>(text[i]);
+    if (c >= 0x20 && c != '&' && c != '<' && c != '>' && c != 0xEF) continue;
     if (c < 0x20 && c != '\t' && c != '\n' && c != '\r') return false;
-    if (c == 0xEF && text.substr(i + 1, 1) == "\xBF" && (text.substr(i + 2, 1) == "\xBE" || text.substr(i + 2, 1) == "\xBF"))
-      return false;
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '\r':
-        out += "&#13;";
-        break;
-      default:
-        out += static_cast<char>(c);
+    if (c == 0xEF) {
+      if (text.compare(i, 3, "\xEF\xBF\xBE") == 0 || text.compare(i, 3, "\xEF\xBF\xBF") == 0) return false;
+      continue;
     }
+    if (c == '\t' || c == '\n') continue;
+    out.append(text, plain, i - plain);
+    out += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : "&#13;";
+    plain = i + 1;
   }
+  out.append(text, plain, std::string_view::npos);
   return true;
 }
 
-std::string element(std::string_view name, std::string_view text) {
-  std::string out;
-  out.reserve(2 * name.size() + text.size() + 6);
+void appendElement(std::string &out, std::string_view name, std::string_view text) {
   out.append("<").append(name).append(">").append(text).append("</").append(name).append(">\n");
-  return out;
 }
 
 class XmlWriter {
@@ -120,23 +110,28 @@ class XmlWriter {
       out_ += "</string>\n";
       return true;
     }
-    const auto scalar = scalarText(value);
-    if (!scalar) return false;
-    out_ += *scalar;
-    return true;
+    return appendScalar(value);
   }
 
-  // The element of a scalar other than a string; nullopt when XML cannot hold it.
-  static std::optional<std::string> scalarText(const PlistValue &value) {
-    if (const auto *flag = value.as<bool>()) return *flag ? "<true/>\n" : "<false/>\n";
-    if (const auto *integer = value.as<PlistInteger>()) return element("integer", integerText(*integer));
-    if (const auto *real = value.as<PlistReal>()) return element("real", realText(real->value));
-    if (const auto *data = value.as<PlistData>()) return element("data", base64Text(data->bytes));
-    if (const auto *date = value.as<PlistDate>()) {
+  // Writes a scalar other than a string; false when XML cannot hold it (a date with a fraction of
+  // a second or out of range, or a foreign value).
+  bool appendScalar(const PlistValue &value) {
+    if (const auto *flag = value.as<bool>()) {
+      out_ += *flag ? "<true/>\n" : "<false/>\n";
+    } else if (const auto *integer = value.as<PlistInteger>()) {
+      appendElement(out_, "integer", integerText(*integer));
+    } else if (const auto *real = value.as<PlistReal>()) {
+      appendElement(out_, "real", realText(real->value));
+    } else if (const auto *data = value.as<PlistData>()) {
+      appendElement(out_, "data", base64Text(data->bytes));
+    } else if (const auto *date = value.as<PlistDate>()) {
       const auto text = dateText(*date);
-      if (text) return element("date", *text);
+      if (!text) return false;
+      appendElement(out_, "date", *text);
+    } else {
+      return false;
     }
-    return std::nullopt;  // a date XML cannot hold exactly, or a foreign value
+    return true;
   }
 
   std::string out_;
