@@ -141,8 +141,8 @@ OrObstacle<RealFile> findRealFile(const TrustedFolder &config, const std::string
 }
 
 OrObstacle<Fd> openLockFile(const TrustedFolder &config, const std::string &name, bool create) {
-  // A lock file of another owner (root's, from an older version run with sudo) still serves: the
-  // lock is taken on a read-only descriptor.
+  // A lock file of another owner (root's, from an older version run with sudo) still serves when
+  // it may be read: the lock is taken on a read-only descriptor.
   auto found = resolve(config, name, false);
   if (auto *obstacle = std::get_if<Obstacle>(&found)) return *obstacle;
   const RealFile &lock = std::get<RealFile>(found);
@@ -162,6 +162,8 @@ OrObstacle<Fd> openLockFile(const TrustedFolder &config, const std::string &name
   }
   if (!fd.valid()) fd = Fd(::openat(lock.folder.fd.get(), lock.name.c_str(), kFlags));
   struct stat info {};
+  if (!fd.valid() && errno == EACCES && lock.existing && lock.existing->st_uid != ::geteuid())
+    return Obstacle{NotStoredReason::FileNotYours, where};
   if (!fd.valid() && errno != ELOOP) return obstacleOfErrno(where);
   if (!fd.valid() || ::fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode))
     return Obstacle{NotStoredReason::LockNotAFile, where};
