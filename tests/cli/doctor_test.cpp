@@ -13,6 +13,7 @@
 #include "cli_fixture.h"
 #include "private_bus.h"
 #include "support/binary_plist.h"
+#include "support/test_accounts.h"
 
 namespace nvx::test {
 namespace {
@@ -190,13 +191,13 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto &test) { return std::string(test.param.name); });
 
 TEST_F(Doctor, ASettingsFolderThatCannotBeWrittenIsAProblem) {
-  // As root (CI) doctor runs as nobody in a folder only root may write; as an ordinary user it runs
+  // As root (CI) doctor runs as a test account in a folder of root's; as an ordinary user it runs
   // as that user in a folder without write permission.
   const bool root = ::geteuid() == 0;
   ScratchDir folder;
   ASSERT_EQ(::chmod(folder.path().c_str(), root ? 0755 : 0555), 0);
   ToolOptions options;
-  if (root) options.wrapper = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+  if (root) options.wrapper = runAs(testAccount(Role::User));
   EnvGuard env;
   env.set("XDG_CONFIG_HOME", folder.path());
   const auto found = area(doctor(5, options), "settings file");
