@@ -50,6 +50,11 @@ struct Place {
     ASSERT_EQ(chown(path.c_str(), uid, uid == 0 ? 0 : uid == user.uid ? user.gid : other.gid), 0);
     ASSERT_EQ(chmod(path.c_str(), mode), 0);
   }
+  // The user's own folder (0700) holding a file of `uid` at `path`.
+  void ownFolderHolding(const std::string &path, uid_t uid, mode_t mode = 0600) const {
+    ownFolder(0700);
+    regularFile(path, uid, mode);
+  }
   void link(const std::string &path, const std::string &target, uid_t uid) const {
     ASSERT_EQ(symlink(target.c_str(), path.c_str()), 0);
     ASSERT_EQ(lchown(path.c_str(), uid, uid == user.uid ? user.gid : other.gid), 0);
@@ -147,10 +152,7 @@ const std::vector<TrustRow> &rows() {
        },
        "not stored: folder not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.config)); }},
       {"another user's file in the user's folder", Caller::User,
-       [](Place &p) {
-         p.ownFolder(0700);
-         p.regularFile(p.file(), p.other.uid, 0666);
-       },
+       [](Place &p) { p.ownFolderHolding(p.file(), p.other.uid, 0666); },
        "not stored: file not yours", nothingWritten(true)},
       {"another user's link in the user's folder", Caller::User,
        [](Place &p) {
@@ -166,10 +168,7 @@ const std::vector<TrustRow> &rows() {
        },
        "not stored: file not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.base.file("planted"))); }},
       {"a lock file left to root in the user's folder", Caller::User,
-       [](Place &p) {
-         p.ownFolder(0700);
-         p.regularFile(p.lock(), 0);
-       },
+       [](Place &p) { p.ownFolderHolding(p.lock(), 0); },
        "not stored: file not yours", nothingWritten(false)},
       {"own link into an own folder", Caller::User,
        [](Place &p) {
@@ -194,10 +193,7 @@ const std::vector<TrustRow> &rows() {
        "not stored: folder not yours",
        [](const Place &p) { EXPECT_EQ(readFile(p.base.file("dots/mixer.plist")), unchanged()); }},
       {"a read-only file", Caller::User,
-       [](Place &p) {
-         p.ownFolder(0700);
-         p.regularFile(p.file(), p.user.uid, 0400);
-       },
+       [](Place &p) { p.ownFolderHolding(p.file(), p.user.uid, 0400); },
        "not stored: read-only", nothingWritten(true)},
       {"own folder without write permission", Caller::User, [](Place &p) { p.ownFolder(0500); },
        "not stored: read-only", [](const Place &p) { EXPECT_FALSE(fs::exists(p.lock())); }},
@@ -222,10 +218,7 @@ const std::vector<TrustRow> &rows() {
       {"root, a user's folder writable by all", Caller::Root, [](Place &p) { p.ownFolder(0777); },
        "not stored: folder writable by others", nothingWritten(false)},
       {"root, a user's folder holding a file of root's", Caller::Root,
-       [](Place &p) {
-         p.ownFolder(0700);
-         p.regularFile(p.file(), 0);
-       },
+       [](Place &p) { p.ownFolderHolding(p.file(), 0); },
        "not stored: file not yours", nothingWritten(true)},
       {"root, a user's folder, the user's group not at hand", Caller::RootWithoutTheUsersGroup,
        [](Place &p) { p.folder(p.config, 0700, p.user.uid, 0); }, "not stored: owner could not be set",
