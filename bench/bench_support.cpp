@@ -1,7 +1,6 @@
 #include "bench_support.h"
 
 #include <fcntl.h>
-#include <plist/plist.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -34,21 +33,17 @@ void setEnv(const char *name, const char *value) {
 }
 
 std::string settingsXml(uint32_t keys) {
-  plist_t dict = plist_new_dict();
-  if (keys > 0) plist_dict_set_item(dict, "PADMode", plist_new_uint(1));
+  std::string xml =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+      "<plist version=\"1.0\">\n<dict>\n";
+  if (keys > 0) xml += "\t<key>PADMode</key>\n\t<integer>1</integer>\n";
   for (uint32_t n = 1; n < keys; ++n) {
-    char key[32];
-    std::snprintf(key, sizeof key, "Bench.Filler.%04u", n);
-    plist_dict_set_item(dict, key, plist_new_uint(n));
+    char entry[96];
+    std::snprintf(entry, sizeof entry, "\t<key>Bench.Filler.%04u</key>\n\t<integer>%u</integer>\n", n, n);
+    xml += entry;
   }
-  char *xml = nullptr;
-  uint32_t length = 0;
-  plist_to_xml(dict, &xml, &length);
-  plist_free(dict);
-  if (!xml) throw std::runtime_error("plist_to_xml failed");
-  std::string text(xml, length);
-  plist_to_xml_free(xml);
-  return text;
+  return xml + "</dict>\n</plist>\n";
 }
 
 std::string settingsPath(const std::string &configHome) {

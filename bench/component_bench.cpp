@@ -65,6 +65,19 @@ void BM_LoadSettings(benchmark::State &state) {
 }
 BENCHMARK(BM_LoadSettings)->ArgName("keys")->Arg(10)->Arg(100)->Arg(1000)->UseRealTime()->Unit(benchmark::kMicrosecond);
 
+// The update of one key by the file's size, for the CPU time it takes: the update's own work (read,
+// parse, merge, write) is linear in the file, so 10 times the keys should cost at most about 10
+// times the CPU (the fixed cost of the system calls aside).
+void BM_StoreUpdate(benchmark::State &state) {
+  const Settings settings(static_cast<uint32_t>(state.range(0)));
+  int32_t value = 0;
+  for (auto _ : state) {
+    nvx::store::StoreAutoSetupValue(padMode().key, value);
+    value = (value + 1) % 3;
+  }
+}
+BENCHMARK(BM_StoreUpdate)->ArgName("keys")->Arg(100)->Arg(1000)->UseRealTime()->Unit(benchmark::kMicrosecond);
+
 // The read-merge-write update of one key (lock, read, merge, write a temporary file, fsync, rename,
 // fsync of the folder) against its physical work alone: the same bytes written to the same file
 // with the same durable steps.

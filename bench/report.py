@@ -4,8 +4,9 @@
     bench/report.py [--build DIR] [--smoke] [SECTION ...]
 
 Sections: api (setter and getter by mixers and file size), overhead (library against bare libusb
-and bare durable writing), notify (cross-process notification latency), startup (start-up time and
-peak memory of `mxrk7 show`). Default: all. --smoke runs everything with tiny counts, only to check
+and bare durable writing), store (the settings file's update as the file grows), notify
+(cross-process notification latency), startup (start-up time and peak memory of `mxrk7 show`).
+Default: all. --smoke runs everything with tiny counts, only to check
 that every program works and every table can be made (the figures then mean nothing).
 
 Each benchmark program can also be run on its own; the report names the command of each table.
@@ -23,6 +24,8 @@ import tempfile
 import time
 
 GOAL_RATIO = 1.2
+GOAL_STORE_GROWTH = 12.0  # CPU time per update at 1,000 keys against 100 keys
+GOAL_STORE_RATIO = 1.1    # a 100-key update against the bare durable write of the same bytes
 GOAL_P99_US = 2000.0
 
 
@@ -158,6 +161,27 @@ def section_overhead(bench):
     return out
 
 
+def section_store(bench):
+    growth = bench.google("component_bench", "BM_StoreUpdate/", min_time=1, repetitions=5)
+    paired = bench.google("component_bench", "BM_StoreUpdateVsBareWrite/keys:100", min_time=3)
+    cpu = {k: us(growth[f"BM_StoreUpdate/keys:{k}/real_time"], "cpu_time") for k in (100, 1000)}
+    wall = {k: us(growth[f"BM_StoreUpdate/keys:{k}/real_time"]) for k in (100, 1000)}
+    factor = cpu[1000] / cpu[100] if cpu[100] else 0.0
+    ratio = paired["BM_StoreUpdateVsBareWrite/keys:100/real_time"]["ratio"]
+    return ["## The settings file's update as the file grows", "",
+            "One update of one key (lock, read, parse, merge, write, fsync, rename, fsync of the folder)",
+            "with a file of 100 and 1,000 keys. Best of 5 repetitions. The update's own work is linear in",
+            f"the file: goal at most {GOAL_STORE_GROWTH:g} times the CPU time for 10 times the keys, and a",
+            f"100-key update within {GOAL_STORE_RATIO:g} times the bare durable write of the same bytes.", "",
+            "Command: `scripts/bench.sh store` (or `build/bench/bin/component_bench --benchmark_filter=Store`).", "",
+            "| | 100 keys | 1,000 keys | growth |", "|---|---:|---:|---:|",
+            f"| CPU time per update (µs) | {fmt(cpu[100])} | {fmt(cpu[1000])} | **{factor:.1f}x** "
+            f"({'met' if factor <= GOAL_STORE_GROWTH else 'not met'}) |",
+            f"| wall time per update (µs) | {fmt(wall[100])} | {fmt(wall[1000])} | |", "",
+            f"100-key update against the bare durable write: **{ratio:.3f}** "
+            f"({'met' if ratio <= GOAL_STORE_RATIO else 'not met'}).", ""]
+
+
 def run_notify(bench, listeners, posts):
     command = [os.path.join(bench.bin, "notify_latency"), "--listeners", str(listeners), "--posts", str(posts),
                "--warmup", "5" if bench.smoke else "50"]
@@ -250,7 +274,8 @@ def machine():
             f"{load[0]:.2f} at the start; scratch files in {tmp} ({fs}).", ""]
 
 
-SECTIONS = {"api": section_api, "overhead": section_overhead, "notify": section_notify, "startup": section_startup}
+SECTIONS = {"api": section_api, "overhead": section_overhead, "store": section_store, "notify": section_notify,
+            "startup": section_startup}
 
 
 def main():

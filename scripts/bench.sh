@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the benchmarks (preset "bench", folder build/bench) and prints the tables of
-# docs/PERFORMANCE.md. Sections: api, overhead, notify, startup (default: all of them).
+# docs/PERFORMANCE.md. Sections: api, overhead, store, notify, startup (default: all of them).
 #   scripts/bench.sh [SECTION ...]
 set -euo pipefail
 cd "$(dirname "$0")/.."

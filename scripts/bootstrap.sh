@@ -16,6 +16,9 @@ packages=(
   groff-base                             # renders the manual page in the tool's tests
   valgrind
   doxygen                                # the API reference (graphviz is not used)
+  libexpat1-dev                          # the settings file's XML reader
+  passwd                                 # useradd: the store tests' own unprivileged accounts
+  locales                                # localedef: a comma-decimal locale for the store tests
   libgtkmm-4.0-dev libadwaita-1-dev       # the setup application
   libgudev-1.0-dev                       # its watch for plugged and unplugged mixers
   gettext                                # its translations (xgettext, msgfmt, msgcmp)
@@ -24,18 +27,25 @@ packages=(
   file lintian                           # the Debian packages: CPack's dependency scan, their check
 )
 
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
-done
-[ ${#missing[@]} -eq 0 ] && exit 0
-
 if [ "$(id -u)" -ne 0 ]; then
   sudo=sudo
 else
   sudo=
 fi
-echo "bootstrap: installing ${missing[*]}"
-export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get update -qq
-$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+if [ ${#missing[@]} -ne 0 ]; then
+  echo "bootstrap: installing ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  $sudo apt-get update -qq
+  $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi
+
+# A locale that writes 1,75 for 1.75: the store tests check that other programs' numbers survive it.
+if ! locale -a 2>/dev/null | grep -qx 'de_DE.utf8'; then
+  echo "bootstrap: generating the de_DE.UTF-8 locale"
+  $sudo localedef -i de_DE -f UTF-8 de_DE.UTF-8
+fi

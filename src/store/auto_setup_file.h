@@ -30,6 +30,10 @@ struct KeyUpdate {
 // or nothing. Keys not named keep their values, other programs' included.
 UpdateOutcome UpdateAutoSetupFile(std::span<const KeyUpdate> changes);
 
+// What would keep an update from being made now, found without changing anything (no folder made,
+// no lock taken): the folder and lock findings of `mxrk7 doctor`. nullopt when nothing would.
+std::optional<UpdateObstacle> FindUpdateObstacle();
+
 // The update of one key as every setter makes it. The outcome is not reported: a setter's result
 // never depends on it.
 void StoreAutoSetupValue(std::string_view key, int32_t value);

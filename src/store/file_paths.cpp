@@ -22,6 +22,11 @@ std::string parentOf(const std::string &path) {
   return path.substr(0, slash);
 }
 
+std::string baseNameOf(const std::string &path) {
+  const size_t slash = path.find_last_of('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
 std::optional<std::string> realFileOf(const std::string &path) {
   std::string current = path;
   for (int hop = 0; hop <= kMaxSymlinkHops; ++hop) {

@@ -45,4 +45,11 @@ struct UpdateOutcome {
   static UpdateOutcome notStored(NotStoredReason why) { return {Result::NotStored, why, {}}; }
 };
 
+// Why an update would not be made now, and the path it is about (a folder, the file, a link or the
+// lock file; empty when there is no path).
+struct UpdateObstacle {
+  NotStoredReason reason;
+  std::string path;
+};
+
 }  // namespace nvx::store

@@ -9,16 +9,10 @@
 #include <cstring>
 
 #include "store/auto_setup_file.h"
-#include "store/file_paths.h"
+#include "store/safe_file.h"
 #include "tables/settings.h"
 
 namespace nvx::support {
-
-namespace {
-
-bool writableByMe(const std::string &path) { return ::faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0; }
-
-}  // namespace
 
 StoredSettings StoredSettings::read() {
   std::string path = store::GetAutoSetupFilePath();
@@ -37,49 +31,49 @@ std::optional<int32_t> StoredSettings::integer(std::string_view key) const {
 
 bool StoredSettings::contains(std::string_view key) const { return dict_ && dict_->contains(key); }
 
-std::vector<std::string> StoredSettings::keys() const {
-  std::vector<std::string> all;
-  if (!dict_) return all;
-  plist_dict_iter iter = nullptr;
-  plist_dict_new_iter(dict_->raw(), &iter);
-  if (!iter) return all;
-  for (;;) {
-    char *key = nullptr;
-    plist_t value = nullptr;
-    plist_dict_next_item(dict_->raw(), iter, &key, &value);
-    if (!key) break;
-    all.emplace_back(key);
-    std::free(key);
-  }
-  std::free(iter);
-  return all;
-}
+std::vector<std::string> StoredSettings::keys() const { return dict_ ? dict_->keys() : std::vector<std::string>{}; }
 
 std::optional<std::string> StoredSettings::writeProblem() const {
-  struct stat info {};
-  // The file an update replaces: where the path's symbolic links finally lead.
-  const std::string file = store::realFileOf(path_).value_or(path_);
-  if (::stat(file.c_str(), &info) == 0 && ::faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0)
-    return "the file " + file + " is not writable by this user";
-  // The file is replaced by a new one made in its folder; a missing folder is made first, in the
-  // nearest folder that exists.
-  std::string folder = store::parentOf(file);
-  while (::stat(folder.c_str(), &info) != 0 && errno == ENOENT && folder != "/") folder = store::parentOf(folder);
-  if (!writableByMe(folder)) return "the folder " + folder + " is not writable by this user";
-  return std::nullopt;
+  const auto obstacle = store::FindUpdateObstacle();
+  if (!obstacle) return std::nullopt;
+  const std::string &where = obstacle->path;
+  switch (obstacle->reason) {
+    case store::NotStoredReason::FolderNotYours:
+      return "the folder " + where + " belongs to another user";
+    case store::NotStoredReason::FolderWritableByOthers:
+      return "the folder " + where + " may be written by other users (only its owner, or the owner's own group, may)";
+    case store::NotStoredReason::FileNotYours:
+      return where + " belongs to another user than its folder";
+    case store::NotStoredReason::LockNotAFile:
+      return "the lock file " + where + " is not a regular file";
+    case store::NotStoredReason::ReadOnly:
+      return (where == path_ ? "the file " : "the folder ") + where + " is not writable by this user";
+    case store::NotStoredReason::ForeignContent:
+      return where + " holds values of another program that this library cannot write back (it keeps them as they are)";
+    default:
+      return std::string(store::reasonText(obstacle->reason)) + (where.empty() ? "" : ": " + where);
+  }
 }
 
 std::string StoredSettings::unreadableReason() const {
   if (state_ != State::Unreadable) return {};
-  const int fd = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (fd < 0) return std::strerror(errno);
-  struct stat info {};
-  const bool regular = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
-  ::close(fd);
-  if (!regular) return "it is not a regular file";
-  if (static_cast<uint64_t>(info.st_size) > store::kMaxPlistBytes) return "it is larger than 1 MiB";
-  if (info.st_size == 0) return "it is empty";
-  return "it is not a property list whose root is a dictionary (or it nests too deep)";
+  const auto file = store::readRegularFile(path_, store::kMaxPlistBytes);
+  switch (file.failure) {
+    case store::ReadFailure::NotRegular:
+      return "it is not a regular file";
+    case store::ReadFailure::TooLarge:
+      return "it is larger than 1 MiB";
+    case store::ReadFailure::Denied:
+      return "permission denied";
+    case store::ReadFailure::Missing:
+    case store::ReadFailure::Failed:
+      return "it cannot be opened";
+    case store::ReadFailure::None:
+      break;
+  }
+  if (file.bytes.empty()) return "it is empty";
+  return "it is not a property list whose root is a dictionary (or it is nested too deep, holds too many values, "
+         "or declares entities)";
 }
 
 const char *stateName(StoredSettings::State state) {

@@ -41,9 +41,10 @@ class StoredSettings {
   // Every key of the file, in the file's order; empty when the file is not readable.
   std::vector<std::string> keys() const;
 
-  // Why this user's changes would not reach the file (the library then loses them silently): a
-  // file that is not writable, or a folder in which it cannot be replaced or made. nullopt when
-  // they would.
+  // Why this user's changes would not reach the file now (the library then loses them silently):
+  // a folder or file the store does not trust (another user's, or writable by others), a lock file
+  // that is not a file, a file or folder without write permission, or values of another program
+  // that cannot be written back. nullopt when they would.
   std::optional<std::string> writeProblem() const;
 
   // Why a file that is there cannot be read, for people ("permission denied", "larger than

@@ -3,14 +3,17 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+
+#include "store/safe_file.h"
 
 namespace nvx::usb {
 
 namespace {
 
 using nlohmann::json;
+
+// A config describes a handful of mixers in a few hundred bytes; larger files are not read.
+constexpr size_t kMaxConfigBytes = 1024 * 1024;
 
 // Thrown inside the parser only; turned into "invalid config" at its edge.
 struct Invalid {};
@@ -107,11 +110,11 @@ std::optional<VirtualConfig> parseVirtualConfig(std::string_view text, const std
 }
 
 std::optional<VirtualConfig> loadVirtualConfig(const std::string &path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return std::nullopt;
-  std::ostringstream text;
-  text << in.rdbuf();
-  return parseVirtualConfig(text.str(), std::filesystem::path(path).parent_path().string());
+  // A FIFO or /dev/zero named by mistake reads as a missing config rather than blocking or
+  // filling memory.
+  const auto file = store::readRegularFile(path, kMaxConfigBytes);
+  if (!file.ok()) return std::nullopt;
+  return parseVirtualConfig(file.bytes, std::filesystem::path(path).parent_path().string());
 }
 
 }  // namespace nvx::usb

@@ -2,7 +2,6 @@
 // afresh by every exported call (at its first enumeration) so a test or demo can plug and unplug
 // mixers between calls. Every event is appended to the config's request log, one line per event in a
 // single write.
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +10,7 @@
 #include <optional>
 #include <string>
 
+#include "store/safe_file.h"
 #include "usb/mixer_identity.h"
 #include "usb/transport.h"
 #include "usb/virtual_config.h"
@@ -22,10 +22,10 @@ namespace {
 void appendLogLine(const std::string &logPath, std::string line) {
   if (logPath.empty()) return;
   line += '\n';
-  const int fd = ::open(logPath.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
-  if (fd < 0) return;
-  [[maybe_unused]] const ssize_t written = ::write(fd, line.data(), line.size());
-  ::close(fd);
+  // Only to a regular file: a FIFO without a reader in the log's place must not block the call.
+  const store::Fd fd = store::openForAppend(logPath, 0644);
+  if (!fd.valid()) return;
+  [[maybe_unused]] const ssize_t written = ::write(fd.get(), line.data(), line.size());
 }
 
 std::string hexByte(uint8_t byte) {

@@ -1,5 +1,7 @@
 // doctor: one finding per check, each with its fix, and an exit code that says whether anything
 // stops the mixer from being used.
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -10,6 +12,8 @@
 
 #include "cli_fixture.h"
 #include "private_bus.h"
+#include "support/binary_plist.h"
+#include "support/test_accounts.h"
 
 namespace nvx::test {
 namespace {
@@ -150,6 +154,26 @@ INSTANTIATE_TEST_SUITE_P(
         FileCase{"notAPropertyList", [](const SettingsHome &s) { s.writeRaw("not a property list"); }, 5,
                  {"problem"}, {"cannot be read (it is not a property list", "mxrk7 import"}, {}},
         FileCase{"empty", [](const SettingsHome &s) { s.writeRaw(""); }, 5, {"problem"}, {"it is empty"}, {}},
+        FileCase{"lockIsAFolder",
+                 [](const SettingsHome &s) { std::filesystem::create_directory(s.filePath() + ".lock"); }, 5,
+                 {"problem", "note"}, {"the lock file", "is not a regular file"}, {}},
+        FileCase{"folderWritableByOthers",
+                 [](const SettingsHome &s) { std::filesystem::permissions(s.home(), std::filesystem::perms::all); }, 5,
+                 {"problem", "note"}, {"may be written by other users"}, {}},
+        FileCase{"valuesOnlyTheBinaryFormatHolds",
+                 [](const SettingsHome &s) {
+                   BinaryPlistBuilder b;
+                   s.writeRaw(b.bytes(b.dict({{b.string("PADMode"), b.integer(2)}, {b.string("uid"), b.raw("\x80\x01")}})));
+                 },
+                 5, {"problem", "ok", "note"}, {"cannot write back"}, {}},
+        FileCase{"lockHeldNow",
+                 [](const SettingsHome &s) {
+                   static int held = -1;  // held until the next use (by then the file is another test's)
+                   if (held >= 0) ::close(held);
+                   held = ::open((s.filePath() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+                   ::flock(held, LOCK_EX);
+                 },
+                 0, {"note", "warning"}, {"holds", "right now", "fuser -v"}, {}},
         FileCase{"foreignKeysAndBadValues",
                  [](const SettingsHome &s) {
                    s.writeRaw(plistWith("<key>MaxLevel</key><integer>9</integer>\n"
@@ -167,13 +191,13 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto &test) { return std::string(test.param.name); });
 
 TEST_F(Doctor, ASettingsFolderThatCannotBeWrittenIsAProblem) {
-  // As root (CI) doctor runs as nobody in a folder only root may write; as an ordinary user it runs
+  // As root (CI) doctor runs as a test account in a folder of root's; as an ordinary user it runs
   // as that user in a folder without write permission.
   const bool root = ::geteuid() == 0;
   ScratchDir folder;
   ASSERT_EQ(::chmod(folder.path().c_str(), root ? 0755 : 0555), 0);
   ToolOptions options;
-  if (root) options.wrapper = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+  if (root) options.wrapper = runAs(testAccount(Role::User));
   EnvGuard env;
   env.set("XDG_CONFIG_HOME", folder.path());
   const auto found = area(doctor(5, options), "settings file");

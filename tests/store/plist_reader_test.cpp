@@ -1,273 +1,256 @@
-// The property-list reader: value access, accepted formats, and what counts as unreadable.
+// The property-list reader and writer: every kind of value in both formats, what counts as
+// unreadable, the caps at their edges, and what the writer refuses to write.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include <chrono>
+#include <cmath>
 #include <limits>
 
 #include "store/plist_file.h"
-#include "support/scratch_dir.h"
-#include "plist_builders.h"
+#include "store/plist_reader.h"
+#include "store/plist_writer.h"
+#include "support/binary_plist.h"
+#include "support/crafted_files.h"
+
+namespace nvx::store {
+
+// Failure messages show a value as the writer would write it.
+void PrintTo(const PlistValue &value, std::ostream *os) {
+  const auto xml = plistXml(value);
+  *os << (std::holds_alternative<std::string>(xml) ? std::get<std::string>(xml) : "(a value XML cannot hold)");
+}
+
+}  // namespace nvx::store
 
 namespace {
 
-using nvx::store::kMaxPlistBytes;
-using nvx::store::kMaxPlistDepth;
-using nvx::store::parsePlistDictionary;
-using nvx::store::readPlistDictionary;
-using namespace nvx::test;
+using namespace nvx::store;
+using nvx::test::BinaryPlistBuilder;
+using nvx::test::xmlPlist;
 
-std::string xmlDict(const std::string &body) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n" + body +
-         "</dict>\n</plist>\n";
+PlistValue integer(uint64_t bits, bool negative = false) { return PlistValue(PlistInteger{bits, negative}); }
+PlistValue real(double value) { return PlistValue(PlistReal{value}); }
+PlistValue text(std::string value) { return PlistValue(std::move(value)); }
+
+// The value under "v" of a file holding `entry` after <key>v</key>; nullopt when unreadable.
+std::optional<PlistValue> valueOf(const std::string &bytes) {
+  const auto dict = parsePlistDictionary(bytes);
+  if (!dict) return std::nullopt;
+  const PlistValue *value = dict->entries().find("v");
+  return value ? std::optional<PlistValue>(*value) : std::nullopt;
 }
 
-struct IntegerCase {
-  const char *text;  // as written in the file
-  std::optional<int32_t> expected;
+std::optional<PlistValue> xmlValue(const std::string &entry) { return valueOf(xmlPlist("<key>v</key>" + entry + "\n")); }
+
+struct XmlValueCase {
+  const char *entry;
+  PlistValue expected;
 };
 
-TEST(PlistReader, IntegersReadAsSigned64BitThenTakenTo32Bits) {
-  const IntegerCase cases[] = {
-      {"5", 5},
-      {"0", 0},
-      {"-1", -1},
-      {"-2147483648", std::numeric_limits<int32_t>::min()},
-      {"2147483647", std::numeric_limits<int32_t>::max()},
-      {"4294967295", -1},                 // low 32 bits of 0xFFFFFFFF
-      {"4294967298", 2},                  // 2^32 + 2
-      {"-4294967297", -1},                // low 32 bits of -(2^32 + 1)
-      {"18446744073709551615", -1},       // the unsigned 64-bit maximum is -1 read as signed
+TEST(PlistReader, XmlValuesOfEveryKind) {
+  PlistArray array;
+  array.items.push_back(integer(1));
+  const XmlValueCase cases[] = {
+      {"<integer>5</integer>", integer(5)},
+      {"<integer>-1</integer>", PlistValue::signedInteger(-1)},
+      {"<integer>18446744073709551615</integer>", integer(~uint64_t{0})},
+      {"<integer>-9223372036854775808</integer>", PlistValue::signedInteger(std::numeric_limits<int64_t>::min())},
+      {"<integer> +0x1F </integer>", integer(31)},
+      {"<real>1.75</real>", real(1.75)},
+      {"<real>0.3333</real>", real(0.3333)},
+      {"<real>-0</real>", real(-0.0)},
+      {"<real>1e-320</real>", real(1e-320)},
+      {"<real>+infinity</real>", real(std::numeric_limits<double>::infinity())},
+      {"<real>-inf</real>", real(-std::numeric_limits<double>::infinity())},
+      {"<real>nan</real>", real(std::nan(""))},
+      {"<date>2020-01-02T03:04:05Z</date>", PlistValue(PlistDate{599627045})},
+      {"<date>0001-01-01T00:00:00Z</date>", PlistValue(PlistDate{-63113904000})},
+      {"<data> AA\n E= </data>", PlistValue(PlistData{std::string("\0\1", 2)})},
+      {"<string>a &amp; &lt;b&gt; &#13;&#x1F600;</string>", text("a & <b> \r\xF0\x9F\x98\x80")},
+      {"<string><![CDATA[<dict>]]></string>", text("<dict>")},
+      {"<string/>", text("")},
+      {"<true/>", PlistValue(true)},
+      {"<false></false>", PlistValue(false)},
+      {"<array><!-- one --><integer>1</integer></array>", PlistValue(array)},
+      {"<dict/>", PlistValue(PlistDictionary{})},
   };
   for (const auto &c : cases) {
-    SCOPED_TRACE(c.text);
-    auto dict = parsePlistDictionary(xmlDict(std::string("<key>v</key><integer>") + c.text + "</integer>\n"));
-    ASSERT_TRUE(dict);
-    EXPECT_EQ(dict->integer("v"), c.expected);
+    SCOPED_TRACE(c.entry);
+    EXPECT_EQ(xmlValue(c.entry), c.expected);
   }
 }
 
-TEST(PlistReader, OtherTypesUnderAKeyReadAsAbsentIntegers) {
-  const auto dict = parsePlistDictionary(xmlDict(
-      "<key>string</key><string>5</string>\n"
-      "<key>real</key><real>5.0</real>\n"
-      "<key>true</key><true/>\n"
-      "<key>date</key><date>2020-01-02T03:04:05Z</date>\n"
-      "<key>data</key><data>AAE=</data>\n"
-      "<key>array</key><array><integer>5</integer></array>\n"
-      "<key>dict</key><dict><key>v</key><integer>5</integer></dict>\n"));
-  ASSERT_TRUE(dict);
-  for (const char *key : {"string", "real", "true", "date", "data", "array", "dict", "missing"}) {
-    SCOPED_TRACE(key);
-    EXPECT_EQ(dict->integer(key), std::nullopt);
-    EXPECT_EQ(dict->contains(key), std::string(key) != "missing");
-  }
-}
-
-TEST(PlistReader, TextOfScalars) {
-  const auto dict = parsePlistDictionary(xmlDict(
-      "<key>string</key><string>1.0.2 &amp; more</string>\n"
-      "<key>negative</key><integer>-3</integer>\n"
-      "<key>real</key><real>1.5</real>\n"
-      "<key>yes</key><true/>\n"
-      "<key>no</key><false/>\n"
-      "<key>date</key><date>2020-01-02T03:04:05Z</date>\n"
-      "<key>data</key><data>AAE=</data>\n"
-      "<key>array</key><array/>\n"));
-  ASSERT_TRUE(dict);
-  EXPECT_EQ(dict->scalarText("string"), "1.0.2 & more");
-  EXPECT_EQ(dict->string("string"), "1.0.2 & more");
-  EXPECT_EQ(dict->scalarText("negative"), "-3");
-  EXPECT_EQ(dict->string("negative"), std::nullopt);
-  EXPECT_EQ(dict->scalarText("real"), "1.5");
-  EXPECT_EQ(dict->scalarText("yes"), "true");
-  EXPECT_EQ(dict->scalarText("no"), "false");
-  for (const char *key : {"date", "data", "array", "missing"}) {
-    SCOPED_TRACE(key);
-    EXPECT_EQ(dict->scalarText(key), std::nullopt);
-    EXPECT_EQ(dict->string(key), std::nullopt);
-  }
-}
-
-TEST(PlistReader, BinaryPropertyListsReadLikeXml) {
-  plist_t root = plist_new_dict();
-  plist_dict_set_item(root, "negative", plist_new_uint(static_cast<uint64_t>(int64_t{-7})));
-  plist_dict_set_item(root, "positive", plist_new_uint(70000));
-  plist_dict_set_item(root, "name", plist_new_string("MXR-K7"));
-  const std::string bytes = toBinary(root);
-  plist_free(root);
-  ASSERT_TRUE(bytes.starts_with("bplist00"));
-
-  const auto dict = parsePlistDictionary(bytes);
-  ASSERT_TRUE(dict);
-  EXPECT_EQ(dict->integer("negative"), -7);
-  EXPECT_EQ(dict->integer("positive"), 70000);
-  EXPECT_EQ(dict->string("name"), "MXR-K7");
-}
-
-TEST(PlistReader, BinaryDataMayHoldNulAndUtf16StringsAreRead) {
-  BinaryPlistBuilder b;
-  const uint64_t root = b.dict({{b.string("data"), b.data(std::string("\0\1\0", 3))},
-                                {b.string("text"), b.utf16(u"Gr\u00FC\u00DFe")}});
-  const auto dict = parsePlistDictionary(b.bytes(root));
-  ASSERT_TRUE(dict);
-  EXPECT_EQ(dict->string("text"), "Gr\xC3\xBC\xC3\x9F" "e");
-  uint64_t length = 0;
-  plist_get_data_ptr(plist_dict_get_item(dict->raw(), "data"), &length);
-  EXPECT_EQ(length, 3u);
-}
-
-TEST(PlistReader, ReferencesSharedByManyEntriesAreAccepted) {
-  // Writers share equal values; a dictionary whose 100000 array entries all name one string is an
-  // ordinary file and must not trip the cap on expanded nodes.
-  BinaryPlistBuilder b;
-  const uint64_t shared = b.string("same");
-  const uint64_t list = b.array(std::vector<uint64_t>(100000, shared));
-  const uint64_t root = b.dict({{b.string("list"), list}, {b.string("v"), b.integer(4)}});
-  const auto dict = parsePlistDictionary(b.bytes(root));
-  ASSERT_TRUE(dict);
-  EXPECT_EQ(dict->integer("v"), 4);
-  EXPECT_EQ(plist_array_get_size(plist_dict_get_item(dict->raw(), "list")), 100000u);
-}
-
-TEST(PlistReader, NestingUpToTheCapIsReadAndOneLevelMoreIsNot) {
-  // The root dictionary is the first level.
-  EXPECT_TRUE(parsePlistDictionary(deepXmlPlist(kMaxPlistDepth - 1)));
-  EXPECT_FALSE(parsePlistDictionary(deepXmlPlist(kMaxPlistDepth)));
-  EXPECT_TRUE(parsePlistDictionary(deepBinaryPlist(kMaxPlistDepth - 1)));
-  EXPECT_FALSE(parsePlistDictionary(deepBinaryPlist(kMaxPlistDepth)));
-}
-
-TEST(PlistReader, MarkupInsideCommentsTextAndAttributesDoesNotCountAsNesting) {
-  std::string noise;
-  for (int i = 0; i < 2 * kMaxPlistDepth; ++i) noise += "<dict><array>";
-  const std::string body = "<!-- " + noise + " -->\n<key>text</key><string><![CDATA[" + noise +
-                           "]]></string>\n<key>empty</key><array note=\"" + noise +
-                           "\"/>\n<key>v</key><integer>9</integer>\n";
-  const auto dict = parsePlistDictionary(xmlDict(body));
-  ASSERT_TRUE(dict);
-  EXPECT_EQ(dict->integer("v"), 9);
-  EXPECT_EQ(dict->string("text"), noise);
-}
-
-TEST(PlistReader, SizeUpToTheCapIsReadAndOneByteMoreIsNot) {
-  const std::string head =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
-      "<key>v</key><integer>7</integer>\n<key>pad</key><string>";
-  const std::string tail = "</string>\n</dict>\n</plist>\n";
-  const std::string exact = head + std::string(kMaxPlistBytes - head.size() - tail.size(), 'x') + tail;
-  ASSERT_EQ(exact.size(), kMaxPlistBytes);
-  const auto dict = parsePlistDictionary(exact);
-  ASSERT_TRUE(dict);
-  EXPECT_EQ(dict->integer("v"), 7);
-
-  const std::string over = head + std::string(kMaxPlistBytes - head.size() - tail.size() + 1, 'x') + tail;
-  EXPECT_FALSE(parsePlistDictionary(over));
-
-  ScratchDir dir;
-  EXPECT_TRUE(readPlistDictionary(dir.write("exact.plist", exact)));
-  EXPECT_FALSE(readPlistDictionary(dir.write("over.plist", over)));
-}
-
-struct UnreadableCase {
-  const char *name;
-  std::string bytes;
-};
-
-std::vector<UnreadableCase> unreadableCases() {
-  std::vector<UnreadableCase> cases{
-      {"empty", ""},
-      {"not a property list", "this is not a property list\n"},
-      {"cut off XML", xmlDict("<key>v</key><integer>1</integer>\n").substr(0, 90)},
-      {"array root", "<?xml version=\"1.0\"?><plist version=\"1.0\"><array><integer>1</integer></array></plist>"},
-      {"string root", "<?xml version=\"1.0\"?><plist version=\"1.0\"><string>x</string></plist>"},
-      {"binary magic only", "bplist00"},
-      {"2 MiB", xmlDict("<key>pad</key><string>" + std::string(2 * 1024 * 1024, 'x') + "</string>\n")},
-      {"deep XML", deepXmlPlist(50000)},
-      {"deep binary", deepBinaryPlist(50000)},
+TEST(PlistReader, UnreadableXml) {
+  const char *cases[] = {
+      "<integer>5x</integer>",
+      "<integer></integer>",
+      "<integer>18446744073709551616</integer>",
+      "<integer>-9223372036854775809</integer>",
+      "<integer>012</integer>",
+      "<real>1,75</real>",
+      "<real>0x1p3</real>",
+      "<date>2020-02-30T00:00:00Z</date>",
+      "<date>2020-01-02 03:04:05</date>",
+      "<data>AAE</data>",
+      "<data>A!E=</data>",
+      "<string>a<b/></string>",
+      "<true>yes</true>",
+      "<foo/>",
+      "<dict><key>a</key></dict>",
+      "<dict><integer>1</integer></dict>",
+      "<dict>text<key>a</key><true/></dict>",
+      "<integer>1</integer><integer>2</integer>",
   };
-  {
-    // An array that holds itself: endless nesting.
-    BinaryPlistBuilder b;
-    const uint64_t self = b.nextIndex();
-    b.array({self});
-    const uint64_t root = b.dict({{b.string("loop"), self}});
-    cases.push_back({"reference cycle", b.bytes(root)});
+  for (const char *entry : cases) {
+    SCOPED_TRACE(entry);
+    EXPECT_FALSE(xmlValue(entry));
   }
-  {
-    // 21 levels of arrays holding the next one twice: shallow, but 4 million nodes once expanded.
+  EXPECT_FALSE(parsePlistDictionary("<plist><array/></plist>")) << "the root must be a dictionary";
+  EXPECT_TRUE(parsePlist("<plist><array/></plist>"));
+}
+
+TEST(PlistReader, BinaryValuesOfEveryKind) {
+  struct Case {
+    const char *name;
+    uint64_t (*build)(BinaryPlistBuilder &);
+    std::optional<PlistValue> expected;  // nullopt: unreadable
+  };
+  const Case cases[] = {
+      {"8-byte integer", [](BinaryPlistBuilder &b) { return b.integer(-7); }, PlistValue::signedInteger(-7)},
+      {"1-byte integer", [](BinaryPlistBuilder &b) { return b.raw("\x10\xC8"); }, integer(200)},
+      {"16-byte integer", [](BinaryPlistBuilder &b) { return b.raw("\x14" + std::string(8, '\0') + std::string(8, '\xFF')); },
+       integer(~uint64_t{0})},
+      {"16-byte integer beyond 64 bits", [](BinaryPlistBuilder &b) { return b.raw("\x14\x01" + std::string(15, '\0')); },
+       PlistValue(PlistForeign{0x14})},
+      {"4-byte real", [](BinaryPlistBuilder &b) { return b.raw(std::string("\x22\x3F\xC0\x00\x00", 5)); }, real(1.5)},
+      {"8-byte real", [](BinaryPlistBuilder &b) { return b.real(0.1); }, real(0.1)},
+      {"UTF-16 string", [](BinaryPlistBuilder &b) { return b.utf16(u"Gr\u00FC\u00DFe \U0001F600"); },
+       text("Gr\xC3\xBC\xC3\x9F" "e \xF0\x9F\x98\x80")},
+      {"unpaired surrogate", [](BinaryPlistBuilder &b) { return b.utf16(u"a\xD800"); }, PlistValue(PlistForeign{0x62})},
+      {"data with NUL bytes", [](BinaryPlistBuilder &b) { return b.data(std::string("\0\1\0", 3)); },
+       PlistValue(PlistData{std::string("\0\1\0", 3)})},
+      {"UID", [](BinaryPlistBuilder &b) { return b.raw("\x80\x05"); }, PlistValue(PlistForeign{0x80})},
+      {"null", [](BinaryPlistBuilder &b) { return b.raw(std::string(1, '\0')); }, PlistValue(PlistForeign{0x00})},
+      {"set", [](BinaryPlistBuilder &b) { return b.raw(std::string("\xC1\x00\x00\x00\x00", 5)); },
+       PlistValue(PlistForeign{0xC1})},
+      {"unknown marker", [](BinaryPlistBuilder &b) { return b.raw("\x71" "a"); }, std::nullopt},
+      {"reference past the objects", [](BinaryPlistBuilder &b) { return b.array({999}); }, std::nullopt},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.name);
+    BinaryPlistBuilder b;
+    const uint64_t value = c.build(b);
+    EXPECT_EQ(valueOf(b.bytes(b.dict({{b.string("v"), value}}))), c.expected);
+  }
+}
+
+TEST(PlistReader, DamagedBinaryFilesAreUnreadable) {
+  BinaryPlistBuilder b;
+  const std::string good = b.bytes(b.dict({{b.string("v"), b.integer(1)}}));
+  ASSERT_TRUE(parsePlistDictionary(good));
+  std::string badOffset = good;  // the offset table points past the object data
+  badOffset[good.size() - 32 - 3 * 4] = '\x7F';
+  std::string badTrailer = good;  // reference size 0
+  badTrailer[good.size() - 25] = '\0';
+  for (const std::string &bytes : {badOffset, badTrailer, good.substr(0, good.size() - 1), std::string("bplist00")})
+    EXPECT_FALSE(parsePlistDictionary(bytes));
+}
+
+TEST(PlistReader, DuplicateKeysKeepTheFirstPlaceAndTheLastValue) {
+  const auto dict = parsePlistDictionary(xmlPlist(
+      "<key>a</key><integer>1</integer><key>b</key><integer>2</integer><key>a</key><integer>3</integer>\n"));
+  ASSERT_TRUE(dict);
+  EXPECT_EQ(dict->keys(), (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(dict->integer("a"), 3);
+}
+
+// The caps at their edges: the last size, depth and count that read, and one more that does not.
+TEST(PlistReader, CapsAtTheirEdges) {
+  const auto nested = [](int levels) {  // the root dictionary is level 1
+    std::string xml;
+    for (int i = 0; i < levels - 1; ++i) xml += "<array>";
+    for (int i = 0; i < levels - 1; ++i) xml += "</array>";
+    return xmlPlist("<key>v</key>" + xml + "\n");
+  };
+  EXPECT_TRUE(parsePlistDictionary(nested(kMaxPlistDepth)));
+  EXPECT_FALSE(parsePlistDictionary(nested(kMaxPlistDepth + 1)));
+
+  const auto binaryNested = [](int levels) {
     BinaryPlistBuilder b;
     uint64_t inner = b.array({});
-    for (int i = 0; i < 21; ++i) inner = b.array({inner, inner});
-    const uint64_t root = b.dict({{b.string("wide"), inner}});
-    cases.push_back({"exponential expansion", b.bytes(root)});
-  }
-  {
-    // One string of 600 KB named 20 times: a small file, but 12 MB of strings once expanded.
-    BinaryPlistBuilder b;
-    const uint64_t big = b.string(std::string(600 * 1024, 'x'));
-    const uint64_t root = b.dict({{b.string("many"), b.array(std::vector<uint64_t>(20, big))}});
-    cases.push_back({"large string named many times", b.bytes(root)});
-  }
-  // A NUL in a string or key: libplist 2.2's getters abort the process on such a string.
-  cases.push_back({"NUL in an XML string", xmlDict(std::string("<key>s</key><string>a\0b</string>\n", 33))});
-  cases.push_back({"NUL in an XML key", xmlDict(std::string("<key>a\0b</key><integer>1</integer>\n", 35))});
-  {
-    BinaryPlistBuilder b;
-    cases.push_back({"NUL in a binary key", b.bytes(b.dict({{b.string(std::string("a\0b", 3)), b.integer(1)}}))});
-  }
-  {
-    BinaryPlistBuilder b;
-    cases.push_back({"NUL in a binary string", b.bytes(b.dict({{b.string("s"), b.string(std::string("a\0", 2))}}))});
-  }
-  {
-    BinaryPlistBuilder b;
-    cases.push_back({"NUL in a UTF-16 string", b.bytes(b.dict({{b.string("s"), b.utf16(std::u16string(u"a\0b", 3))}}))});
-  }
-  {
-    BinaryPlistBuilder b;
-    const uint64_t root = b.dict({{b.string("v"), b.integer(1)}});
-    const std::string good = b.bytes(root);
-    EXPECT_TRUE(parsePlistDictionary(good)) << "the builder's own file must be readable";
+    for (int i = 2; i < levels; ++i) inner = b.array({inner});
+    return b.bytes(b.dict({{b.string("v"), inner}}));
+  };
+  EXPECT_TRUE(parsePlistDictionary(binaryNested(kMaxPlistDepth)));
+  EXPECT_FALSE(parsePlistDictionary(binaryNested(kMaxPlistDepth + 1)));
 
-    std::string badRef = good;  // the value reference names an object that does not exist
-    const size_t dictAt = good.find('\xD1');
-    badRef[dictAt + 8] = '\x7F';
-    cases.push_back({"reference past the objects", badRef});
+  const auto values = [](uint32_t count) {  // the dictionary, the array and its items
+    std::string items;
+    for (uint32_t i = 0; i + 2 < count; ++i) items += "<true/>";
+    return xmlPlist("<key>v</key><array>" + items + "</array>\n");
+  };
+  EXPECT_TRUE(parsePlistDictionary(values(kMaxPlistNodes)));
+  EXPECT_FALSE(parsePlistDictionary(values(kMaxPlistNodes + 1)));
 
-    std::string badOffset = good;  // the offset table points past the object data
-    const size_t tableAt = good.size() - 32 - 3 * 4;
-    badOffset[tableAt] = '\x7F';
-    cases.push_back({"offset past the data", badOffset});
-
-    std::string badTrailer = good;  // reference size 0
-    badTrailer[good.size() - 25] = '\0';
-    cases.push_back({"bad trailer", badTrailer});
-
-    cases.push_back({"truncated binary", good.substr(0, good.size() - 1)});
-  }
-  return cases;
+  const std::string empty = xmlPlist("<key>v</key><string></string>\n");
+  const auto sized = [&](size_t size) {
+    std::string bytes = empty;
+    return bytes.insert(empty.find("</string>"), size - empty.size(), 'x');
+  };
+  EXPECT_TRUE(parsePlistDictionary(sized(kMaxPlistBytes)));
+  EXPECT_FALSE(parsePlistDictionary(sized(kMaxPlistBytes + 1)));
 }
 
-TEST(PlistReader, UnreadableInputsGiveNoDictionary) {
-  ScratchDir dir;
-  for (const auto &c : unreadableCases()) {
-    SCOPED_TRACE(c.name);
-    const auto started = std::chrono::steady_clock::now();
-    EXPECT_FALSE(parsePlistDictionary(c.bytes));
-    EXPECT_FALSE(readPlistDictionary(dir.write("case.plist", c.bytes)));
-    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(5));
-  }
+TEST(PlistWriter, WritesTheCanonicalForm) {
+  PlistDictionary dict;
+  dict.set("MaxLevel", PlistValue::signedInteger(2));
+  EXPECT_EQ(std::get<std::string>(plistXml(PlistValue(dict))),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+            "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+            "<plist version=\"1.0\">\n<dict>\n\t<key>MaxLevel</key>\n\t<integer>2</integer>\n</dict>\n</plist>\n");
 }
 
-TEST(PlistReader, FilesThatAreNotRegularFilesAreUnreadable) {
-  ScratchDir dir;
-  EXPECT_FALSE(readPlistDictionary(dir.file("missing.plist")));
-  EXPECT_FALSE(readPlistDictionary(dir.path()));
-  // A FIFO must not block the reader (nobody ever writes into it).
-  const std::string fifo = dir.file("fifo.plist");
-  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-  EXPECT_FALSE(readPlistDictionary(fifo));
+TEST(PlistWriter, EveryValueXmlCanHoldReadsBackExactly) {
+  PlistDictionary inner;
+  inner.set("empty", PlistValue(PlistArray{}));
+  PlistArray list;
+  for (const double r : {0.1, -0.0, 1e300, 5e-324, std::numeric_limits<double>::infinity(), std::nan("")})
+    list.items.push_back(real(r));
+  list.items.push_back(PlistValue(inner));
+  PlistDictionary root;
+  root.set("integers", PlistValue(PlistArray{{PlistValue::signedInteger(std::numeric_limits<int64_t>::min()),
+                                              integer(~uint64_t{0}), integer(0)}}));
+  root.set("reals", PlistValue(list));
+  root.set("text \t\r\n<&>\"'", text("\t\r\n <&> \"' \xC3\xBC \xF0\x9F\x98\x80"));
+  root.set("dates", PlistValue(PlistArray{{PlistValue(PlistDate{-63113904000}), PlistValue(PlistDate{599627045})}}));
+  root.set("data", PlistValue(PlistData{std::string("\0\xFF", 2)}));
+  root.set("flags", PlistValue(PlistArray{{PlistValue(true), PlistValue(false)}}));
+  const PlistValue tree(root);
+  const auto xml = plistXml(tree);
+  ASSERT_TRUE(std::holds_alternative<std::string>(xml));
+  EXPECT_EQ(parsePlist(std::get<std::string>(xml)), tree);
+}
+
+TEST(PlistWriter, RefusesWhatXmlCannotHold) {
+  const PlistValue cases[] = {
+      PlistValue(PlistForeign{0x80}),
+      text("a\x01"),
+      text(std::string("a\0b", 3)),
+      text("\xFF"),
+      text("\xEF\xBF\xBE"),  // U+FFFE
+      PlistValue(PlistDate{0.5}),
+      PlistValue(PlistDate{3e11}),  // after the year 9999
+  };
+  for (const auto &value : cases) {
+    PlistDictionary asValue;
+    asValue.set("v", value);
+    EXPECT_EQ(std::get<XmlRefusal>(plistXml(PlistValue(asValue))), XmlRefusal::Unrepresentable);
+  }
+  PlistDictionary badKey;
+  badKey.set(std::string("a\0", 2), PlistValue(true));
+  EXPECT_EQ(std::get<XmlRefusal>(plistXml(PlistValue(badKey))), XmlRefusal::Unrepresentable);
+  PlistDictionary large;
+  large.set("v", PlistValue(PlistData{std::string(kMaxPlistBytes, 'x')}));
+  EXPECT_EQ(std::get<XmlRefusal>(plistXml(PlistValue(large))), XmlRefusal::TooLarge);
 }
 
 }  // namespace

@@ -1,18 +1,21 @@
 // Runs store operations from the command line, for tests that need other processes:
-//   store_probe set KEY VALUE          one update
+//   store_probe set KEY VALUE          one update; prints its outcome: "stored", "replaced" (an
+//                                      unreadable file) or "not stored: <reason>"
 //   store_probe set-many PREFIX COUNT  COUNT updates of PREFIX0 .. PREFIX<COUNT-1>, value = index
 //   store_probe get KEY                prints the integer under KEY, or "absent" / "unreadable"
-// Exit status 0 unless the arguments are wrong (updates never report their outcome).
+// Exit status 0 unless the arguments are wrong.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include "outcome_text.h"
 #include "store/auto_setup_file.h"
 
 int main(int argc, char **argv) {
   if (argc == 4 && std::strcmp(argv[1], "set") == 0) {
-    nvx::store::StoreAutoSetupValue(argv[2], static_cast<int32_t>(std::strtol(argv[3], nullptr, 10)));
+    const nvx::store::KeyUpdate change{argv[2], static_cast<int32_t>(std::strtol(argv[3], nullptr, 10))};
+    std::puts(nvx::test::outcomeText(nvx::store::UpdateAutoSetupFile({&change, 1})).c_str());
     return 0;
   }
   if (argc == 4 && std::strcmp(argv[1], "set-many") == 0) {

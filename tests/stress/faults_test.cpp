@@ -1,7 +1,8 @@
-// Faults during updates of the settings file: a full disk (a small tmpfs) and a read-only folder
-// (a read-only mount, and a folder without write permission for an unprivileged user). Whatever
-// fails, the file that was there stays as it was and readable, no temporary file is left behind,
-// and once the fault is gone the next update succeeds again.
+// Faults during updates of the settings file: a full disk (a small tmpfs), a read-only folder (a
+// read-only mount, and a folder without write permission for an unprivileged user), a writer stuck
+// while it holds the lock, and a lock file that is not a file. Whatever fails, the file that was
+// there stays as it was and readable (no update goes ahead without the lock), no temporary file is
+// left behind, and once the fault is gone the next update succeeds again.
 //
 // The test mounts file systems, in a mount namespace of its own (made in main, before any test
 // runs), so nothing is visible outside the test process and its children. It needs root, as CI
@@ -9,12 +10,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <chrono>
 #include <cstring>
 #include <functional>
@@ -23,14 +27,42 @@
 
 #include "stress_support.h"
 #include "support/scratch_dir.h"
+#include "support/test_accounts.h"
 
 namespace nvx::stress {
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr uid_t kNobody = 65534;
 std::string namespaceError;  // why main could not make a mount namespace, if it could not
+
+// A writer stopped (SIGSTOP) while it holds the update lock of the file in `home`.
+class StuckWriter {
+ public:
+  void start(const std::string &home) {
+    pid_ = fork();
+    if (pid_ == 0) {
+      const int fd = open((home + "/" + kSettingsName + ".lock").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600);
+      if (fd < 0 || flock(fd, LOCK_EX) != 0) _exit(1);
+      raise(SIGSTOP);
+      _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(pid_, &status, WUNTRACED), pid_);
+    ASSERT_TRUE(WIFSTOPPED(status)) << "the writer did not get the lock";
+  }
+  void stop() {
+    if (pid_ <= 0) return;
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+    pid_ = -1;
+  }
+  ~StuckWriter() { stop(); }
+
+ private:
+  pid_t pid_ = -1;
+};
+StuckWriter stuckWriter;
 
 // Runs `stress_store update PREFIX COUNT` to its end; the number of updates it reported.
 size_t runUpdates(const std::string &prefix, int count, const std::vector<std::string> &asUser = {}) {
@@ -99,6 +131,7 @@ class FaultTest : public ::testing::Test {
     ASSERT_TRUE(disk_->mounted());
     home_ = dir_.file("disk/config");
     env_.set("XDG_CONFIG_HOME", home_);
+    env_.set("MXRK7_STORE_LOCK_TIMEOUT_MS", "300");  // how long an update waits for a stuck writer
     file_ = home_ + "/" + kSettingsName;
   }
 
@@ -162,6 +195,15 @@ const StaticFault kStaticFaults[] = {
      100,
      [](FaultTest &, SmallDisk &, const std::string &home) { ASSERT_TRUE(setReadOnly(home, true)) << std::strerror(errno); },
      [](SmallDisk &, const std::string &home) { ASSERT_TRUE(setReadOnly(home, false)) << std::strerror(errno); }},
+    {"stuck writer", 100, [](FaultTest &, SmallDisk &, const std::string &home) { stuckWriter.start(home); },
+     [](SmallDisk &, const std::string &) { stuckWriter.stop(); }},
+    {"lock file is a folder", 100,
+     [](FaultTest &, SmallDisk &, const std::string &home) {
+       const std::string lock = home + "/" + kSettingsName + ".lock";
+       ASSERT_EQ(unlink(lock.c_str()), 0);
+       ASSERT_EQ(mkdir(lock.c_str(), 0700), 0);
+     },
+     [](SmallDisk &, const std::string &home) { ASSERT_EQ(rmdir((home + "/" + kSettingsName + ".lock").c_str()), 0); }},
 };
 
 std::string faultName(const ::testing::TestParamInfo<StaticFault> &fault) {
@@ -186,7 +228,7 @@ void faultDuringUpdates(FaultTest &test, const std::string &file, const std::fun
     if (i == kFaultUntil) stop();
     if (test.HasFatalFailure()) return;
     const std::string done = writer.readLine(30s).value_or("(nothing)");
-    ASSERT_EQ(done.substr(0, done.rfind(' ')), "done " + std::to_string(i));
+    ASSERT_TRUE(done.starts_with("done " + std::to_string(i) + " ")) << done;
     const auto values = readIntegers(file);
     ASSERT_TRUE(values.has_value()) << "after update " << i << ": the file does not parse";
     ASSERT_GE(values->size(), keys) << "after update " << i << ": keys were lost";
@@ -217,27 +259,27 @@ TEST_F(FaultTest, FolderTurnsReadOnlyAndBackWhileUpdating) {
   EXPECT_EQ(leftoverTempFiles(home_), std::vector<std::string>{});
 }
 
-// Permissions count only for an unprivileged user: the writer runs as nobody, in a folder of its
-// own whose write permission is taken away.
+// Permissions count only for an unprivileged user: the writer runs as a test account, in a folder
+// of its own whose write permission is taken away.
 TEST_F(FaultTest, AFolderWithoutWritePermissionKeepsTheFile) {
-  const std::vector<std::string> asNobody = {"setpriv", "--reuid=" + std::to_string(kNobody),
-                                              "--regid=" + std::to_string(kNobody), "--clear-groups"};
-  dir_.shareWithEveryone();
+  const auto &user = test::testAccount(test::Role::User);
+  const std::vector<std::string> asUser = test::runAs(user);
+  dir_.letEveryoneIn();
   ASSERT_EQ(mkdir(home_.c_str(), 0755), 0);
-  ASSERT_EQ(chown(home_.c_str(), kNobody, kNobody), 0);
-  ASSERT_EQ(runUpdates("Before", 20, asNobody), 20U);
+  ASSERT_EQ(chown(home_.c_str(), user.uid, user.gid), 0);
+  ASSERT_EQ(runUpdates("Before", 20, asUser), 20U);
   const auto before = readIntegers(file_);
   ASSERT_TRUE(before.has_value());
   ASSERT_EQ(before->size(), 20U) << "nobody could not write its own folder";
   const std::string bytes = fileBytes(file_);
 
   ASSERT_EQ(chmod(home_.c_str(), 0555), 0);
-  runUpdates("During", 3, asNobody);
-  runUpdates("Before", 1, asNobody);
+  runUpdates("During", 3, asUser);
+  runUpdates("Before", 1, asUser);
   expectUnchanged(bytes, "read-only folder");
 
   ASSERT_EQ(chmod(home_.c_str(), 0755), 0);
-  ASSERT_EQ(runUpdates("After", 1, asNobody), 1U);
+  ASSERT_EQ(runUpdates("After", 1, asUser), 1U);
   const auto after = readIntegers(file_);
   ASSERT_TRUE(after.has_value());
   EXPECT_EQ(after->count("After000"), 1U);

@@ -5,7 +5,8 @@
 //       sets PREFIX000 .. PREFIX<COUNT-1> to 1000 + index, one update each; with --wait it first
 //       reads one line from standard input (so many processes can be started, then let go at once),
 //       with --step it reads one line before every update (so a test can act between updates).
-//       Prints "done <index> <CLOCK_MONOTONIC µs>" after each update (with one write(2)).
+//       Prints "done <index> <outcome> <CLOCK_MONOTONIC µs>" after each update (with one write(2));
+//       the outcome is "stored", "replaced" or "not-stored".
 //   stress_store read
 //       reads the settings file over and over, as the library reads it and independently with
 //       libplist, until standard input closes; then prints
@@ -52,10 +53,15 @@ int update(const std::string &prefix, int count, const char *mode) {
     if (step && !awaitLine()) return 1;
     char key[128];
     std::snprintf(key, sizeof key, "%s%03d", prefix.c_str(), i);
-    nvx::store::StoreAutoSetupValue(key, 1000 + i);
+    const nvx::store::KeyUpdate change{key, 1000 + i};
+    const auto outcome = nvx::store::UpdateAutoSetupFile({&change, 1});
+    using Result = nvx::store::UpdateOutcome::Result;
+    const char *said = outcome.result == Result::Stored                      ? "stored"
+                       : outcome.result == Result::StoredReplacingUnreadable ? "replaced"
+                                                                             : "not-stored";
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    say("done " + std::to_string(i) + " " + std::to_string(now.tv_sec * 1'000'000LL + now.tv_nsec / 1000));
+    say("done " + std::to_string(i) + " " + said + " " + std::to_string(now.tv_sec * 1'000'000LL + now.tv_nsec / 1000));
   }
   return 0;
 }

@@ -1,10 +1,24 @@
 #include "support/plist_integers.h"
 
-#include <plist/plist.h>
-
 #include <cstdlib>
 
 namespace nvx::test {
+
+std::map<std::string, plist_t> plistEntries(plist_t dict) {
+  std::map<std::string, plist_t> entries;
+  plist_dict_iter it = nullptr;
+  plist_dict_new_iter(dict, &it);
+  for (;;) {
+    char *key = nullptr;
+    plist_t node = nullptr;
+    plist_dict_next_item(dict, it, &key, &node);
+    if (!key) break;
+    entries[key] = node;
+    std::free(key);
+  }
+  std::free(it);
+  return entries;
+}
 
 std::optional<std::map<std::string, int64_t>> plistIntegers(const std::string &bytes) {
   plist_t root = nullptr;
@@ -15,21 +29,12 @@ std::optional<std::map<std::string, int64_t>> plistIntegers(const std::string &b
     return std::nullopt;
   }
   std::map<std::string, int64_t> values;
-  plist_dict_iter it = nullptr;
-  plist_dict_new_iter(root, &it);
-  for (;;) {
-    char *key = nullptr;
-    plist_t node = nullptr;
-    plist_dict_next_item(root, it, &key, &node);
-    if (!key) break;
-    if (plist_get_node_type(node) == PLIST_UINT) {
-      uint64_t raw = 0;
-      plist_get_uint_val(node, &raw);
-      values[key] = static_cast<int64_t>(raw);
-    }
-    std::free(key);
+  for (const auto &[key, node] : plistEntries(root)) {
+    if (plist_get_node_type(node) != PLIST_UINT) continue;
+    uint64_t raw = 0;
+    plist_get_uint_val(node, &raw);
+    values[key] = static_cast<int64_t>(raw);
   }
-  std::free(it);
   plist_free(root);
   return values;
 }

@@ -2,12 +2,18 @@
 // what the library wrote. Kept free of GoogleTest so that the stress tests' helper processes use it.
 #pragma once
 
+#include <plist/plist.h>
+
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
 
 namespace nvx::test {
+
+// The entries of a libplist dictionary by key; of a key named twice (libplist keeps both when it
+// reads a binary file), the last one.
+std::map<std::string, plist_t> plistEntries(plist_t dict);
 
 // Every integer of the top-level dictionary in `bytes` (XML or binary); nullopt when `bytes` is
 // not a property list with a dictionary at its root.

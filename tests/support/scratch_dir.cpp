@@ -43,7 +43,7 @@ std::string ScratchDir::write(const std::string &name, const std::string &conten
   return full;
 }
 
-void ScratchDir::shareWithEveryone() const { chmod(path_.c_str(), 0777); }
+void ScratchDir::letEveryoneIn() const { chmod(path_.c_str(), 0755); }
 
 EnvGuard::~EnvGuard() {
   for (const auto &[name, value] : saved_) {

@@ -19,8 +19,9 @@ class ScratchDir {
   std::string file(const std::string &name) const { return path_ + "/" + name; }
   // Writes `content` to `name` (folders below are created) and returns the full path.
   std::string write(const std::string &name, const std::string &content) const;
-  // Opens the folder to every user, so a test can act as an unprivileged user inside it.
-  void shareWithEveryone() const;
+  // Lets every user into the folder (mode 0755: not to write in it), so that a test can act as an
+  // unprivileged user in a folder of that user's own below it.
+  void letEveryoneIn() const;
 
  private:
   std::string path_;

@@ -1,5 +1,6 @@
 #include "support/settings_file.h"
 
+#include "support/crafted_files.h"
 #include "support/plist_integers.h"
 
 #include <gtest/gtest.h>
@@ -47,13 +48,10 @@ void SettingsHome::writeIntegers(const std::map<std::string, int64_t> &values) c
 }
 
 std::string integerPlistXml(const std::map<std::string, int64_t> &values) {
-  std::string xml =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-      "<plist version=\"1.0\">\n<dict>\n";
+  std::string entries;
   for (const auto &[key, value] : values)
-    xml += "\t<key>" + key + "</key>\n\t<integer>" + std::to_string(value) + "</integer>\n";
-  return xml + "</dict>\n</plist>\n";
+    entries += "\t<key>" + key + "</key>\n\t<integer>" + std::to_string(value) + "</integer>\n";
+  return xmlPlist(entries);
 }
 
 }  // namespace nvx::test

@@ -3,12 +3,13 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <set>
+#include <sstream>
 
 #include "bounded_command.h"
 #include "environment.h"
 #include "install_layout.h"
+#include "store/safe_file.h"
 #include "support/program_environment.h"
 
 namespace fs = std::filesystem;
@@ -16,6 +17,9 @@ namespace fs = std::filesystem;
 namespace mxrk7 {
 
 namespace {
+
+// A unit file is a few hundred bytes.
+constexpr size_t kMaxUnitBytes = 64 * 1024;
 
 // Where a user's service manager looks for units, in its order (systemd's user search path; the
 // per-user folders as the manager of a login session sees them).
@@ -40,7 +44,9 @@ bool isMask(const fs::path &file) {
 }
 
 std::optional<std::string> execProgram(const fs::path &unit) {
-  std::ifstream in(unit);
+  // Read like every file the tool opens on its own: a FIFO in the unit's place must not block.
+  const auto file = nvx::store::readRegularFile(unit.string(), kMaxUnitBytes);
+  std::istringstream in(file.bytes);
   std::string line;
   while (std::getline(in, line)) {
     if (!line.starts_with("ExecStart=")) continue;

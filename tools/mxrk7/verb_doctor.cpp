@@ -1,15 +1,21 @@
 // doctor: checks every piece the library and the tool need on this machine and says, one line
 // each, what is wrong and how to fix it.
 #include <NorvaneMXRK7Setup.h>
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
+#include <cerrno>
+#include <chrono>
 
 #include "mixer_report.h"
 #include "setting_values.h"
+#include "store/auto_setup_file.h"
+#include "store/safe_file.h"
+#include "store/update_lock.h"
 #include "support/data_folder.h"
 #include "support/mixer_probe.h"
 #include "support/product.h"
@@ -68,12 +74,8 @@ class Report {
   std::vector<Finding> findings_;
 };
 
-std::string readText(const std::string &path) {
-  std::ifstream in(path);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
+// A rule file: read without blocking and up to a size no rule file reaches.
+std::string readText(const std::string &path) { return nvx::store::readRegularFile(path, 64 * 1024).bytes; }
 
 std::string usbIdText() {
   const auto id = nvx::support::mixerUsbId();
@@ -306,6 +308,25 @@ void checkSettingsFile(Report &report) {
                                   foreign.size(), foreign.size() == 1 ? "" : "s", fmt::join(foreign, ", ")));
 }
 
+// --- The settings file's lock --------------------------------------------------------------------
+
+// Whether another program holds the update lock right now. A writer that stays stuck there makes
+// every change wait for the lock's time-out and then not be stored. (A lock file that is not a
+// file is among the settings file's findings above.)
+void checkSettingsLock(Report &report) {
+  const std::string lock = nvx::store::GetAutoSetupFilePath() + ".lock";
+  const nvx::store::Fd fd(::open(lock.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+  struct stat info {};
+  if (!fd.valid() || ::fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode)) return;
+  if (::flock(fd.get(), LOCK_SH | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
+  const auto waited = std::chrono::duration<double>(nvx::store::lockTimeout()).count();
+  report.warning("settings file",
+                 fmt::format("another program holds {} right now; if it is stuck there, every change waits {:g} s and "
+                             "is then not stored",
+                             lock, waited),
+                 fmt::format("find it with fuser -v {} and end it", lock));
+}
+
 // --- The report ---------------------------------------------------------------------------------
 
 Exit outcome(const Report &report) {
@@ -345,6 +366,7 @@ Exit doctor(Context &context) {
   checkMixers(report);
   checkSessionBus(report);
   checkSettingsFile(report);
+  checkSettingsLock(report);
 
   nlohmann::json checks = nlohmann::json::array();
   size_t counts[4] = {0, 0, 0, 0};

@@ -1,0 +1,304 @@
+// The trust table of docs/store.md, row by row: an update run as an unprivileged user the tests make
+// for themselves, or as root with a user's folder, in folders, files and links set up as another
+// user (or an attacker) would leave them. Needs root, as CI has.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <filesystem>
+#include <functional>
+
+#include "store/plist_file.h"
+#include "support/scratch_dir.h"
+#include "support/settings_file.h"
+#include "support/test_accounts.h"
+
+extern char **environ;
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace nvx::test;
+
+constexpr const char *kFileName = "com.norvane.MXR-K7autosetup.plist";
+
+enum class Caller { User, Root, RootWithoutTheUsersGroup };
+
+// The folders of one row: `base` (open to all), the config home, and the accounts involved.
+struct Place {
+  ScratchDir base;
+  std::string config = base.file("cfg");
+  const TestAccount &user = testAccount(Role::User);
+  const TestAccount &other = testAccount(Role::Other);
+
+  std::string file() const { return config + "/" + kFileName; }
+  std::string lock() const { return file() + ".lock"; }
+
+  void folder(const std::string &path, mode_t mode, uid_t uid, gid_t gid) const {
+    ASSERT_EQ(mkdir(path.c_str(), mode), 0) << path;
+    ASSERT_EQ(chown(path.c_str(), uid, gid), 0);
+    ASSERT_EQ(chmod(path.c_str(), mode), 0);  // after the owner: a change of owner clears set-id bits
+  }
+  void ownFolder(mode_t mode) const { folder(config, mode, user.uid, user.gid); }
+  void regularFile(const std::string &path, uid_t uid, mode_t mode = 0600) const {
+    base.write(fs::relative(path, base.path()), integerPlistXml({{"MaxLevel", 1}}));
+    ASSERT_EQ(chown(path.c_str(), uid, uid == 0 ? 0 : uid == user.uid ? user.gid : other.gid), 0);
+    ASSERT_EQ(chmod(path.c_str(), mode), 0);
+  }
+  // The user's own folder (0700) holding a file of `uid` at `path`.
+  void ownFolderHolding(const std::string &path, uid_t uid, mode_t mode = 0600) const {
+    ownFolder(0700);
+    regularFile(path, uid, mode);
+  }
+  void link(const std::string &path, const std::string &target, uid_t uid) const {
+    ASSERT_EQ(symlink(target.c_str(), path.c_str()), 0);
+    ASSERT_EQ(lchown(path.c_str(), uid, uid == user.uid ? user.gid : other.gid), 0);
+  }
+};
+
+struct Owned {
+  uid_t uid;
+  gid_t gid;
+  mode_t mode;
+  bool operator==(const Owned &) const = default;
+};
+
+// The owner and mode of `path` itself; nothing when it is missing.
+std::optional<Owned> ownerOf(const std::string &path) {
+  struct stat info {};
+  if (lstat(path.c_str(), &info) != 0) return std::nullopt;
+  return Owned{info.st_uid, info.st_gid, info.st_mode & 07777};
+}
+
+uid_t uidOf(const std::string &path) {
+  const auto owned = ownerOf(path);
+  return owned ? owned->uid : static_cast<uid_t>(-1);
+}
+
+bool writeFileOnce(const std::string &path, const std::string &text) {
+  const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  const bool written = fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  if (fd >= 0) close(fd);
+  return written;
+}
+
+struct TrustRow {
+  const char *name;
+  Caller caller;
+  std::function<void(Place &)> prepare;  // sets the folders up; may point XDG_CONFIG_HOME elsewhere
+  std::string outcome;                   // as store_probe prints it
+  std::function<void(const Place &)> check = [](const Place &) {};
+};
+
+void PrintTo(const TrustRow &row, std::ostream *os) { *os << row.name; }
+
+std::string unchanged() { return integerPlistXml({{"MaxLevel", 1}}); }
+
+// What a refused update must leave: the file as it was (or none), and no lock file made.
+std::function<void(const Place &)> nothingWritten(bool fileThere) {
+  return [fileThere](const Place &p) {
+    if (fileThere) EXPECT_EQ(readFile(p.file()), unchanged());
+    else EXPECT_FALSE(fs::exists(p.file()));
+  };
+}
+
+const std::vector<TrustRow> &rows() {
+  static const std::vector<TrustRow> all = {
+      {"own folder", Caller::User, [](Place &p) { p.ownFolder(0700); }, "stored",
+       [](const Place &p) {
+         EXPECT_EQ(ownerOf(p.file()), (Owned{p.user.uid, p.user.gid, 0600}));
+         EXPECT_EQ(ownerOf(p.lock()), (Owned{p.user.uid, p.user.gid, 0600}));
+       }},
+      {"own folder, writable by the user's private group", Caller::User, [](Place &p) { p.ownFolder(0770); }, "stored"},
+      {"own folder, writable by a shared group", Caller::User,
+       [](Place &p) {
+         p.ownFolder(0770);
+         ASSERT_EQ(chown(p.config.c_str(), p.user.uid, sharedTestGroup()), 0);
+       },
+       "not stored: folder writable by others", nothingWritten(false)},
+      {"own folder, writable by all", Caller::User, [](Place &p) { p.ownFolder(0777); },
+       "not stored: folder writable by others", nothingWritten(false)},
+      {"another user's folder, writable by all", Caller::User,
+       [](Place &p) { p.folder(p.config, 0777, p.other.uid, p.other.gid); }, "not stored: folder not yours",
+       nothingWritten(false)},
+      {"a shared sticky folder where another user linked the file to the user's", Caller::User,
+       [](Place &p) {
+         p.folder(p.config, 01777, 0, 0);
+         p.folder(p.base.file("home"), 0700, p.user.uid, p.user.gid);
+         p.regularFile(p.base.file("home/victim"), p.user.uid);
+         p.link(p.file(), p.base.file("home/victim"), p.other.uid);
+         p.link(p.lock(), p.base.file("home/planted"), p.other.uid);
+       },
+       "not stored: folder not yours",
+       [](const Place &p) {
+         EXPECT_EQ(readFile(p.base.file("home/victim")), unchanged());
+         EXPECT_FALSE(fs::exists(p.base.file("home/planted")));
+       }},
+      {"a missing folder in the user's own", Caller::User,
+       [](Place &p) {
+         p.folder(p.base.file("home"), 0755, p.user.uid, p.user.gid);
+         p.config = p.base.file("home/.config");
+       },
+       "stored", [](const Place &p) { EXPECT_EQ(ownerOf(p.config), (Owned{p.user.uid, p.user.gid, 0700})); }},
+      {"a missing folder in a shared sticky folder", Caller::User,
+       [](Place &p) {
+         p.folder(p.base.file("tmp"), 01777, 0, 0);
+         p.config = p.base.file("tmp/cfg");
+       },
+       "not stored: folder not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.config)); }},
+      {"another user's file in the user's folder", Caller::User,
+       [](Place &p) { p.ownFolderHolding(p.file(), p.other.uid, 0666); },
+       "not stored: file not yours", nothingWritten(true)},
+      {"another user's link in the user's folder", Caller::User,
+       [](Place &p) {
+         p.ownFolder(0700);
+         p.regularFile(p.base.file("victim"), p.user.uid);
+         p.link(p.file(), p.base.file("victim"), p.other.uid);
+       },
+       "not stored: file not yours", [](const Place &p) { EXPECT_EQ(readFile(p.base.file("victim")), unchanged()); }},
+      {"another user's lock link in the user's folder", Caller::User,
+       [](Place &p) {
+         p.ownFolder(0700);
+         p.link(p.lock(), p.base.file("planted"), p.other.uid);
+       },
+       "not stored: file not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.base.file("planted"))); }},
+      {"a lock file left to root in the user's folder", Caller::User,
+       [](Place &p) { p.ownFolderHolding(p.lock(), 0); },
+       "not stored: file not yours", nothingWritten(false)},
+      {"own link into an own folder", Caller::User,
+       [](Place &p) {
+         p.ownFolder(0700);
+         p.folder(p.base.file("dots"), 0700, p.user.uid, p.user.gid);
+         p.regularFile(p.base.file("dots/mixer.plist"), p.user.uid);
+         p.link(p.file(), p.base.file("dots/mixer.plist"), p.user.uid);
+       },
+       "stored",
+       [](const Place &p) {
+         EXPECT_TRUE(fs::is_symlink(p.file()));
+         const auto dict = nvx::store::readPlistDictionary(p.base.file("dots/mixer.plist"));
+         EXPECT_TRUE(dict && dict->integer("MaxLevel") == 2);
+       }},
+      {"own link into another user's folder", Caller::User,
+       [](Place &p) {
+         p.ownFolder(0700);
+         p.folder(p.base.file("dots"), 0777, p.other.uid, p.other.gid);
+         p.regularFile(p.base.file("dots/mixer.plist"), p.other.uid, 0666);
+         p.link(p.file(), p.base.file("dots/mixer.plist"), p.user.uid);
+       },
+       "not stored: folder not yours",
+       [](const Place &p) { EXPECT_EQ(readFile(p.base.file("dots/mixer.plist")), unchanged()); }},
+      {"a read-only file", Caller::User,
+       [](Place &p) { p.ownFolderHolding(p.file(), p.user.uid, 0400); },
+       "not stored: read-only", nothingWritten(true)},
+      {"own folder without write permission", Caller::User, [](Place &p) { p.ownFolder(0500); },
+       "not stored: read-only", [](const Place &p) { EXPECT_FALSE(fs::exists(p.lock())); }},
+      {"root, its own folder", Caller::Root, [](Place &p) { p.folder(p.config, 0700, 0, 0); }, "stored",
+       [](const Place &p) { EXPECT_EQ(uidOf(p.file()), 0u); }},
+      {"root, a user's folder", Caller::Root, [](Place &p) { p.ownFolder(0700); }, "stored",
+       [](const Place &p) {
+         EXPECT_EQ(ownerOf(p.file()), (Owned{p.user.uid, p.user.gid, 0600}));
+         EXPECT_EQ(ownerOf(p.lock()), (Owned{p.user.uid, p.user.gid, 0600}));
+       }},
+      {"root, a user's home without its config folder", Caller::Root,
+       [](Place &p) {
+         p.folder(p.base.file("home"), 0755, p.user.uid, p.user.gid);
+         p.config = p.base.file("home/.config/mixer");
+       },
+       "stored",
+       [](const Place &p) {
+         for (const std::string &made : {p.base.file("home/.config"), p.config, p.file(), p.lock()})
+           EXPECT_EQ(uidOf(made), p.user.uid) << made;
+         EXPECT_EQ(ownerOf(p.config).value_or(Owned{}).mode, 0700u);
+       }},
+      {"root, a user's folder writable by all", Caller::Root, [](Place &p) { p.ownFolder(0777); },
+       "not stored: folder writable by others", nothingWritten(false)},
+      {"root, a user's folder holding a file of root's", Caller::Root,
+       [](Place &p) { p.ownFolderHolding(p.file(), 0); },
+       "not stored: file not yours", nothingWritten(true)},
+      {"root, a user's folder, the user's group not at hand", Caller::RootWithoutTheUsersGroup,
+       [](Place &p) { p.folder(p.config, 0700, p.user.uid, 0); }, "not stored: owner could not be set",
+       [](const Place &p) { EXPECT_FALSE(fs::exists(p.lock())); }},
+  };
+  return all;
+}
+
+// Starts the probe in a user namespace where root is root and the user is the user, but the user's
+// group has no id: giving a new file to the user fails, as on a root-squashed network file system.
+pid_t spawnWithoutTheUsersGroup(std::vector<char *> &argv, int output, uid_t user) {
+  int ready[2], go[2];
+  if (pipe2(ready, O_CLOEXEC) != 0 || pipe2(go, O_CLOEXEC) != 0) return -1;
+  const pid_t pid = fork();
+  if (pid == 0) {
+    char byte = 0;
+    if (unshare(CLONE_NEWUSER) != 0 || write(ready[1], &byte, 1) != 1 || read(go[0], &byte, 1) != 1) _exit(90);
+    dup2(output, STDOUT_FILENO);
+    execve(argv[0], argv.data(), environ);
+    _exit(91);
+  }
+  char byte = 0;
+  const bool mapped = read(ready[0], &byte, 1) == 1 &&
+                      writeFileOnce("/proc/" + std::to_string(pid) + "/uid_map",
+                                    "0 0 1\n" + std::to_string(user) + " " + std::to_string(user) + " 1\n") &&
+                      writeFileOnce("/proc/" + std::to_string(pid) + "/gid_map", "0 0 1\n");
+  EXPECT_TRUE(mapped) << "cannot map the user namespace";
+  EXPECT_EQ(write(go[1], &byte, 1), 1);
+  for (int fd : {ready[0], ready[1], go[0], go[1]}) close(fd);
+  return pid;
+}
+
+std::string runProbe(Caller caller, const TestAccount &user) {
+  std::vector<std::string> args;
+  if (caller == Caller::User) args = runAs(user);
+  for (const char *arg : {NVX_STORE_PROBE, "set", "MaxLevel", "2"}) args.emplace_back(arg);
+  std::vector<char *> argv;
+  for (auto &arg : args) argv.push_back(arg.data());
+  argv.push_back(nullptr);
+
+  ScratchDir outputDir;
+  const std::string output = outputDir.file("stdout");
+  const int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  pid_t pid = -1;
+  if (caller == Caller::RootWithoutTheUsersGroup) {
+    pid = spawnWithoutTheUsersGroup(argv, fd, user.uid);
+  } else {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, fd, STDOUT_FILENO);
+    EXPECT_EQ(posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ), 0);
+    posix_spawn_file_actions_destroy(&actions);
+  }
+  close(fd);
+  int status = 0;
+  EXPECT_EQ(waitpid(pid, &status, 0), pid);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the probe failed, status " << status;
+  std::string text = readFile(output);
+  if (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+class Trust : public ::testing::TestWithParam<TrustRow> {};
+
+TEST_P(Trust, UpdatesFollowTheTable) {
+  ASSERT_EQ(geteuid(), 0u) << "the trust table's rows need root to set up other users' files";
+  Place place;
+  place.base.letEveryoneIn();
+  GetParam().prepare(place);
+  if (HasFatalFailure()) return;
+  EnvGuard env;
+  env.set("XDG_CONFIG_HOME", place.config);
+  EXPECT_EQ(runProbe(GetParam().caller, place.user), GetParam().outcome);
+  GetParam().check(place);
+}
+
+INSTANTIATE_TEST_SUITE_P(, Trust, ::testing::ValuesIn(rows()), [](const auto &test) {
+  std::string name;
+  for (const char c : std::string(test.param.name)) name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+  return name;
+});
+
+}  // namespace
