@@ -94,7 +94,7 @@ FAULTS = [
 
 
 def run(args, **kwargs):
-    return subprocess.run(args, cwd=ROOT, text=True, capture_output=True, **kwargs)
+    return subprocess.run(args, cwd=ROOT, text=True, errors="replace", capture_output=True, **kwargs)
 
 
 def build_folder(preset):
