@@ -1,5 +1,4 @@
-// Every API test runs against its own virtual mixers, its own config home and no session bus, so
-// nothing leaves the test and nothing from the machine leaks in.
+// Every API test runs in a sandbox: its own virtual mixers, its own settings folder, no session bus.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,24 +7,13 @@
 #include <vector>
 
 #include "NorvaneMXRK7Setup.h"
-#include "support/settings_file.h"
-#include "support/virtual_bus.h"
+#include "support/sandbox.h"
 
 namespace nvx::test {
 
-class ApiTest : public ::testing::Test {
+class ApiTest : public ::testing::Test, public Sandbox {
  protected:
-  ApiTest() {
-    env.set("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
-    env.set("XDG_RUNTIME_DIR", std::nullopt);
-  }
-
-  // n mixers with default answers.
   static std::vector<VirtualMixer> mixers(size_t n) { return std::vector<VirtualMixer>(n); }
-
-  EnvGuard env;
-  SettingsHome settings;
-  VirtualBus bus;
 };
 
 // The request log lines a write to every one of `count` mixers leaves.

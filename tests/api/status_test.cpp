@@ -1,3 +1,4 @@
+// The status queries: the only reads from the mixer, and how each handles what the mixers answer.
 #include "api_fixture.h"
 
 namespace nvx::test {
@@ -5,21 +6,9 @@ namespace {
 
 constexpr const char *kFirmwareRead = " C0 00 00 00 01 80 02 00";
 
-class StatusTest : public ApiTest {};
+class ApiStatus : public ApiTest {};
 
-TEST_F(StatusTest, ANullOutputIsFoundBeforeABadProductAndNothingIsAsked) {
-  bus.setMixers(mixers(1));
-  int32_t status = 0;
-  EXPECT_EQ(NVX_GetFirmwareVersionIndex(1, nullptr), NVX_ERROR);
-  EXPECT_EQ(NVX_GetMixerInputSelectorStatus(1, 1, nullptr), NVX_ERROR);
-  EXPECT_EQ(NVX_GetMixerSeratoActiveStatus(1, nullptr), NVX_ERROR);
-  EXPECT_EQ(NVX_GetFirmwareVersionIndex(1, &status), NVX_ERROR);
-  EXPECT_EQ(NVX_GetMixerInputSelectorStatus(0, 5, &status), NVX_ERROR);
-  EXPECT_EQ(NVX_GetMixerInputSelectorStatus(0, -1, &status), NVX_ERROR);
-  EXPECT_TRUE(bus.log().empty());
-}
-
-TEST_F(StatusTest, WithoutMixersEveryQueryLeavesItsOutput) {
+TEST_F(ApiStatus, WithoutMixersEveryQueryLeavesItsOutput) {
   int32_t firmware = -7, selector = -7, serato = -7;
   EXPECT_EQ(NVX_GetFirmwareVersionIndex(0, &firmware), NVX_OK);
   EXPECT_EQ(NVX_GetMixerInputSelectorStatus(0, 1, &selector), NVX_OK);
@@ -29,7 +18,7 @@ TEST_F(StatusTest, WithoutMixersEveryQueryLeavesItsOutput) {
   EXPECT_EQ(serato, -7);
 }
 
-TEST_F(StatusTest, FirmwareIsReadFromTheFirstMixerOnly) {
+TEST_F(ApiStatus, FirmwareIsReadFromTheFirstMixerOnly) {
   VirtualMixer first, second;
   first.firmware = {0x05, 0x01};
   second.firmware = {0x09, 0x09};
@@ -40,7 +29,7 @@ TEST_F(StatusTest, FirmwareIsReadFromTheFirstMixerOnly) {
   EXPECT_EQ(bus.log(), (std::vector<std::string>{"0 open", std::string("0") + kFirmwareRead + " -> 05 01", "0 close"}));
 }
 
-TEST_F(StatusTest, FirmwareOutcomesOfTheFirstMixer) {
+TEST_F(ApiStatus, FirmwareOutcomesOfTheFirstMixer) {
   struct Case {
     const char *what;
     VirtualMixer mixer;
@@ -67,7 +56,7 @@ TEST_F(StatusTest, FirmwareOutcomesOfTheFirstMixer) {
   }
 }
 
-TEST_F(StatusTest, InputSelectorIndexesTheReplyByChannel) {
+TEST_F(ApiStatus, InputSelectorIndexesTheReplyByChannel) {
   VirtualMixer mixer;
   mixer.selectors = {1, 2, 3, 0};
   bus.setMixers({mixer});
@@ -85,7 +74,7 @@ TEST_F(StatusTest, InputSelectorIndexesTheReplyByChannel) {
                                 "0 C0 00 03 00 02 80 02 00 -> 00 03", "0 C0 00 04 00 02 80 02 00 -> 00 00"}));
 }
 
-TEST_F(StatusTest, InputSelectorLastMixerWinsAndAnOutOfRangeValueStopsTheLoop) {
+TEST_F(ApiStatus, InputSelectorLastMixerWinsAndAnOutOfRangeValueStopsTheLoop) {
   VirtualMixer a, b, c;
   a.selectors = {2, 4, 4, 4};
   b.selectors = {3, 4, 4, 4};
@@ -103,7 +92,7 @@ TEST_F(StatusTest, InputSelectorLastMixerWinsAndAnOutOfRangeValueStopsTheLoop) {
   for (const auto &line : bus.log()) EXPECT_NE(line.rfind("1 ", 0), 0u) << "the second mixer was asked: " << line;
 }
 
-TEST_F(StatusTest, InputSelectorSkipsAMixerThatDoesNotOpen) {
+TEST_F(ApiStatus, InputSelectorSkipsAMixerThatDoesNotOpen) {
   VirtualMixer busy, ok;
   busy.open = "busy";
   ok.selectors = {3, 4, 4, 4};
@@ -114,7 +103,7 @@ TEST_F(StatusTest, InputSelectorSkipsAMixerThatDoesNotOpen) {
   EXPECT_EQ(bus.log().front(), "0 open failed");
 }
 
-TEST_F(StatusTest, InputSelectorShortAnswersCarryTheLengthOver) {
+TEST_F(ApiStatus, InputSelectorShortAnswersCarryTheLengthOver) {
   // The first answer moves one byte: every later request asks for one byte, and elements 1-4 all
   // get the internal buffer's second byte, which no answer reached (zero).
   VirtualMixer mixer;
@@ -129,7 +118,7 @@ TEST_F(StatusTest, InputSelectorShortAnswersCarryTheLengthOver) {
                                 "0 C0 00 03 00 02 80 01 00 -> 00", "0 C0 00 04 00 02 80 01 00 -> 00"}));
 }
 
-TEST_F(StatusTest, InputSelectorAFailedFirstRequestMakesTheRestZeroLength) {
+TEST_F(ApiStatus, InputSelectorAFailedFirstRequestMakesTheRestZeroLength) {
   VirtualMixer mixer;
   mixer.fail = {"0x8002"};
   bus.setMixers({mixer});
@@ -141,7 +130,7 @@ TEST_F(StatusTest, InputSelectorAFailedFirstRequestMakesTheRestZeroLength) {
                                 "0 C0 00 03 00 02 80 00 00 -> error", "0 C0 00 04 00 02 80 00 00 -> error"}));
 }
 
-TEST_F(StatusTest, SeratoLastMixerWinsAndAFailedReadIsAnError) {
+TEST_F(ApiStatus, SeratoLastMixerWinsAndAFailedReadIsAnError) {
   VirtualMixer on, off, failing, busy;
   on.serato = 1;
   off.serato = 0;

@@ -1,5 +1,4 @@
 // The built program itself: it starts on the virtual mixers, draws every page and ends cleanly.
-#include <glibmm.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -7,9 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "support/process.h"
 #include "support/scratch_dir.h"
-#include "support/settings_file.h"
-#include "support/virtual_bus.h"
 
 namespace nvx::test {
 namespace {
@@ -24,11 +22,9 @@ bool isPng(const std::string &path) {
 int runApp(const std::vector<std::string> &args, std::string &output) {
   std::vector<std::string> argv = {MXRK7_SETUP_APP};
   argv.insert(argv.end(), args.begin(), args.end());
-  std::string out, err;
-  int status = -1;
-  Glib::spawn_sync("", argv, Glib::SpawnFlags::DEFAULT, {}, &out, &err, &status);
-  output = out + err;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  const auto run = nvx::test::run(argv);
+  output = run.out + run.err;
+  return run.exitCode;
 }
 
 TEST(SetupApplication, StartsOnTheDemoMixersAndDrawsEveryPage) {

@@ -17,23 +17,6 @@ bool runUntil(const std::function<bool()> &done, std::chrono::milliseconds timeo
   return true;
 }
 
-void runTool(const std::vector<std::string> &args) {
-  std::vector<std::string> argv = {MXRK7_TOOL};
-  argv.insert(argv.end(), args.begin(), args.end());
-  std::string out, err;
-  int status = -1;
-  Glib::spawn_sync("", argv, Glib::SpawnFlags::DEFAULT, {}, &out, &err, &status);
-  EXPECT_TRUE(g_spawn_check_wait_status(status, nullptr)) << out << err;
-}
-
-WindowTest::WindowTest() {
-  // The window and the library's warning speak the user's language: English for these tests.
-  env_.set("LANGUAGE", std::nullopt);
-  env_.set("LC_ALL", std::nullopt);
-  env_.set("LC_MESSAGES", std::nullopt);
-  env_.set("LANG", "C");
-}
-
 WindowTest::~WindowTest() {
   if (!window_) return;
   window_->hide();

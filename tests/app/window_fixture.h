@@ -13,8 +13,7 @@
 #include <vector>
 
 #include "setup_window.h"
-#include "support/settings_file.h"
-#include "support/virtual_bus.h"
+#include "support/sandbox.h"
 
 namespace nvx::test {
 
@@ -22,12 +21,9 @@ namespace nvx::test {
 void drain();
 // Lets the main loop run until `done` holds or `timeout` passes; returns `done()`.
 bool runUntil(const std::function<bool()> &done, std::chrono::milliseconds timeout = std::chrono::seconds(5));
-// Runs the built mxrk7 tool with these arguments (in this test's environment).
-void runTool(const std::vector<std::string> &args);
-
-class WindowTest : public ::testing::Test {
+class WindowTest : public ::testing::Test, public Sandbox {
  protected:
-  WindowTest();
+  WindowTest() { bus.setMixers({mixer(), mixer()}); }
   ~WindowTest() override;
 
   // A new window (an open one is closed first), shown and drawn once.
@@ -41,10 +37,6 @@ class WindowTest : public ::testing::Test {
   std::optional<uint32_t> shown(const std::string &id) { return row(id).shownValue(); }
 
   static VirtualMixer mixer(std::array<int, 4> selectors = {4, 4, 4, 4});
-
-  VirtualBus bus_{{mixer(), mixer()}};
-  SettingsHome home_;
-  EnvGuard env_;
 
  private:
   std::unique_ptr<mxrk7setup::SetupWindow> window_;

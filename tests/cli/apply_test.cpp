@@ -1,4 +1,4 @@
-// apply: sends exactly what the settings file holds, and nothing for what it lacks.
+// apply: sends what the settings file holds to every mixer, and nothing for what it lacks.
 #include <algorithm>
 #include <thread>
 
@@ -7,117 +7,73 @@
 namespace nvx::test {
 namespace {
 
-using nlohmann::json;
-
-class Apply : public CliTest {
- protected:
-  Apply() { bus.setMixers({VirtualMixer{}}); }
-
-  static std::vector<std::string> sorted(std::vector<std::string> lines) {
-    std::sort(lines.begin(), lines.end());
-    return lines;
-  }
+struct ApplyCase {
+  const char *name;
+  std::map<std::string, int64_t> file;  // empty: no file
+  std::vector<std::string> sent;        // setting and instance, as --json reports them
+  std::vector<std::string> skipped;
 };
 
-TEST_F(Apply, EmptySettingsFolderSendsNothing) {
-  const auto run = runTool({"apply", "--json"});
-  ASSERT_EQ(run.exitCode, 0) << run.transcript();
-  EXPECT_TRUE(bus.requests().empty());
-  EXPECT_TRUE(run.json()["sent"].empty());
-  EXPECT_FALSE(settings.exists());
+void PrintTo(const ApplyCase &c, std::ostream *os) { *os << c.name; }
+
+std::vector<std::string> targets(const nlohmann::json &entries) {
+  std::vector<std::string> out;
+  for (const auto &entry : entries) out.push_back(entry["setting"].get<std::string>() + entry["args"].dump());
+  std::sort(out.begin(), out.end());
+  return out;
 }
 
-TEST_F(Apply, SendsWhatTheFileHoldsAndNothingElse) {
-  settings.writeIntegers({{"MaxLevel", 1},
-                          {"Output1", 3},
-                          {"PADMode", 2},
-                          {"BANKA_FILTER", 0x0340},
-                          {"BFX_BANKB3_1", 0x59C0},
-                          {"CHFADERBANK_B", 0x2001},
-                          {"TAIL_TEMP", 0x2001},
-                          {"PopUp", 3}});
-  const auto run = runTool({"apply", "--json"});
-  ASSERT_EQ(run.exitCode, 0) << run.transcript();
-  // Nothing for "PopUp", for the two filter banks and all other settings the file lacks.
-  EXPECT_EQ(sorted(bus.requests()), sorted({writeLine(0, 0x8002, 0x0207), writeLine(0, 0x8003, 0x0200),
-                                            writeLine(0, 0x850D, 0x0340), writeLine(0, 0x850E, 0x59C0),
-                                            writeLine(0, 0x850F, 0x2001), writeLine(0, 0x8510, 0x2001),
-                                            writeLine(0, 0x8514, 0x0200)}));
-  EXPECT_EQ(run.json()["sent"].size(), 7u);
-  EXPECT_TRUE(run.json()["skipped"].empty());
-}
+class ToolApply : public CliTest, public ::testing::WithParamInterface<ApplyCase> {};
 
-TEST_F(Apply, WithoutBoostInTheFileNoBoostIsSent) {
-  settings.writeIntegers({{"PADMode", 1}});
-  ASSERT_EQ(runTool({"apply"}).exitCode, 0);
-  EXPECT_EQ(bus.requests(), std::vector<std::string>{writeLine(0, 0x8514, 0x0100)});
-}
-
-TEST_F(Apply, AllThreeFilterWordsAreReplayedInBankOrder) {
-  settings.writeIntegers({{"TEMPORARY_FILTER", 0x24FF}, {"BANKA_FILTER", 0x0102}, {"BANKB_FILTER", 0x1340}});
-  const auto run = runTool({"apply", "--json"});
-  ASSERT_EQ(run.exitCode, 0) << run.transcript();
-  EXPECT_EQ(bus.requests(), (std::vector<std::string>{writeLine(0, 0x850D, 0x0102), writeLine(0, 0x850D, 0x1340),
-                                                      writeLine(0, 0x850D, 0x24FF)}));
-  for (const auto &sent : run.json()["sent"]) EXPECT_EQ(sent["via"], "replay");
-}
-
-TEST_F(Apply, InvalidStoredValuesAreSkippedAndNamed) {
-  settings.writeIntegers({{"MaxLevel", 9}, {"Output0", 12}, {"FaderStartMode", 2}});
-  const auto run = runTool({"apply", "--json"});
-  ASSERT_EQ(run.exitCode, 0) << run.transcript();
-  EXPECT_EQ(bus.requests(), std::vector<std::string>{writeLine(0, 0x8513, 0x0200)});
-  std::vector<std::string> skipped;
-  for (const auto &skip : run.json()["skipped"]) skipped.push_back(skip["setting"]);
-  EXPECT_EQ(sorted(skipped), (std::vector<std::string>{"boost", "routing"}));
-  EXPECT_NE(runTool({"apply"}).out.find("the file holds 9"), std::string::npos);
-}
-
-TEST_F(Apply, ReachesEveryMixer) {
+TEST_P(ToolApply, SendsWhatTheFileHoldsAndNothingElse) {
+  const auto &c = GetParam();
   bus.setMixers({VirtualMixer{}, VirtualMixer{}});
-  settings.writeIntegers({{"CRFaderCutLagMode", 2}});
-  ASSERT_EQ(runTool({"apply"}).exitCode, 0);
-  EXPECT_EQ(bus.requests(), (std::vector<std::string>{writeLine(0, 0x8515, 0x0200), writeLine(1, 0x8515, 0x0200)}));
+  if (!c.file.empty()) settings.writeIntegers(c.file);
+  const auto run = runTool({"apply", "--json"});
+  ASSERT_EQ(run.exitCode, 0) << run.transcript();
+  EXPECT_EQ(targets(run.json()["sent"]), c.sent);
+  EXPECT_EQ(targets(run.json()["skipped"]), c.skipped);
+  EXPECT_EQ(writes().size(), 2 * c.sent.size()) << "one write of each to each mixer";
+  EXPECT_EQ(settings.exists(), !c.file.empty()) << "apply stores nothing";
 }
 
-TEST_F(Apply, NeedsAMixerThatCanBeOpened) {
-  settings.writeIntegers({{"PADMode", 1}});
-  bus.setMixers({});
-  const auto none = runTool({"apply", "--json"});
-  EXPECT_EQ(none.exitCode, 3) << none.transcript();
-  EXPECT_EQ(none.json()["error"]["exit_code"], 3);
+INSTANTIATE_TEST_SUITE_P(
+    , ToolApply,
+    ::testing::Values(
+        ApplyCase{"noFile", {}, {}, {}},
+        // Nothing for "PopUp", the filter banks and the other settings the file lacks; the stored
+        // words carry the bank of the channel fader and the tail.
+        ApplyCase{"everyKindOnce",
+                  {{"MaxLevel", 1}, {"Output1", 3}, {"PADMode", 2}, {"BANKA_FILTER", 0x0340}, {"BFX_BANKB3_1", 0x59C0},
+                   {"CHFADERBANK_B", 0x2001}, {"TAIL_TEMP", 0x2001}, {"PopUp", 3}},
+                  {R"(beat-fx{"bank":"B","item":"depth","position":4})", R"(beat-fx-tail{"bank":"temporary"})", "boost{}",
+                   R"(channel-fader{"bank":"temporary"})", R"(fx-filter{"bank":"A"})", "pad-mode{}",
+                   R"(routing{"channel":1})"},
+                  {}},
+        ApplyCase{"invalidValuesAreSkipped",
+                  {{"MaxLevel", 9}, {"Output0", 12}, {"FaderStartMode", 2}},
+                  {"fader-start{}"},
+                  {"boost{}", R"(routing{"channel":0})"}}),
+    [](const auto &test) { return std::string(test.param.name); });
 
-  bus.setMixers({busyMixer()});
+TEST_F(CliTest, ApplyNeedsAMixerThatCanBeOpenedAndCanWaitForOne) {
+  settings.writeIntegers({{"PADMode", 1}});
+  EXPECT_EQ(runTool({"apply"}).exitCode, 3) << "no mixer";
+  EXPECT_EQ(runTool({"apply", "--wait", "--timeout", "0"}).exitCode, 3);
+  bus.setMixersOpening({"busy"});
   const auto busy = runTool({"apply"});
   EXPECT_EQ(busy.exitCode, 4) << busy.transcript();
   EXPECT_NE(busy.out.find("busy"), std::string::npos) << busy.out;
-  EXPECT_TRUE(bus.requests().empty());
-}
-
-TEST_F(Apply, UnreadableFileIsAFailure) {
-  settings.writeRaw("not a property list");
-  const auto run = runTool({"apply"});
-  EXPECT_EQ(run.exitCode, 5) << run.transcript();
-  EXPECT_TRUE(bus.requests().empty());
-}
-
-TEST_F(Apply, WaitGivesUpAfterTheTimeout) {
-  settings.writeIntegers({{"PADMode", 1}});
-  bus.setMixers({});
-  const auto run = runTool({"apply", "--wait", "--timeout", "1"});
-  EXPECT_EQ(run.exitCode, 3) << run.transcript();
-  EXPECT_GE(run.took, std::chrono::milliseconds(1000));
-}
-
-TEST_F(Apply, WaitSendsOnceTheMixerCanBeOpened) {
-  settings.writeIntegers({{"PADMode", 1}});
-  bus.setMixers({busyMixer()});  // plugged in, not yet accessible
-  ToolProcess apply({"apply", "--wait", "--timeout", "20"});
-  std::this_thread::sleep_for(std::chrono::milliseconds(600));
+  // Plugged in, not yet accessible: --wait tries again until it can open the mixer.
+  bus.clearLog();
+  Process apply({MXRK7_TOOL, "apply", "--wait", "--timeout", "20"});
+  const auto deadline = std::chrono::steady_clock::now() + 10s;
+  while (bus.log().empty() && std::chrono::steady_clock::now() < deadline) std::this_thread::sleep_for(10ms);
+  ASSERT_FALSE(bus.log().empty()) << "apply did not try the mixer";
   bus.setMixers({VirtualMixer{}});
   const auto run = apply.finish();
   EXPECT_EQ(run.exitCode, 0) << run.transcript();
-  EXPECT_EQ(bus.requests(), std::vector<std::string>{writeLine(0, 0x8514, 0x0100)});
+  EXPECT_EQ(writes(), std::vector<std::string>{writeLine(0, 0x8514, 0x0100)});
 }
 
 }  // namespace

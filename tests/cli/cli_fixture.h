@@ -1,6 +1,5 @@
-// What every test of the tool starts from: virtual mixers (none until a test plugs some in), an
-// empty settings folder, English messages, and no session bus (so that no test posts to the
-// desktop's bus; the watch tests bring their own).
+// What every test of the tool starts from: a sandbox (no session bus, English, an empty settings
+// folder, virtual mixers), and the built tool run in it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,42 +7,26 @@
 #include <string>
 #include <vector>
 
-#include "support/settings_file.h"
-#include "support/virtual_bus.h"
-#include "tool_process.h"
+#include "support/process.h"
+#include "support/sandbox.h"
 
 namespace nvx::test {
 
-class EnvironmentReset {
- public:
-  EnvironmentReset() {
-    for (const char *name : {"DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR", "LANGUAGE", "LC_ALL", "LC_MESSAGES",
-                             "MXRK7_SYSROOT", "MXRK7_USB_ID"})
-      env.set(name, std::nullopt);
-    env.set("LANG", "C");
-  }
-  EnvGuard env;
-};
+inline Finished runTool(const std::vector<std::string> &args, const ProcessOptions &options = {}) {
+  std::vector<std::string> argv{MXRK7_TOOL};
+  argv.insert(argv.end(), args.begin(), args.end());
+  return run(argv, options);
+}
 
-class CliTest : public ::testing::Test {
+class CliTest : public ::testing::Test, public Sandbox {
  protected:
-  // Only the vendor writes of the log (the routing setter also reads the input selectors).
+  // The vendor writes of the request log (the routing setter also reads the input selectors).
   std::vector<std::string> writes() const {
     std::vector<std::string> lines;
     for (const auto &line : bus.requests())
       if (line.find(" 40 03 ") != std::string::npos) lines.push_back(line);
     return lines;
   }
-
-  static VirtualMixer busyMixer() {
-    VirtualMixer mixer;
-    mixer.open = "busy";
-    return mixer;
-  }
-
-  EnvironmentReset reset;  // first: the members below set their own variables
-  SettingsHome settings;
-  VirtualBus bus;
 };
 
 }  // namespace nvx::test

@@ -66,7 +66,7 @@ std::set<std::string> tags(const std::vector<std::string> &lines) {
   return out;
 }
 
-TEST(ManualPage, NamesEveryVerbSettingAndExitCode) {
+TEST(ToolManualPage, NamesEveryVerbSettingAndExitCode) {
   const std::string page = readFile(MXRK7_MAN_PAGE);
   ASSERT_FALSE(page.empty()) << MXRK7_MAN_PAGE;
   EXPECT_TRUE(page.starts_with(".\\\"") || page.starts_with(".TH"));
@@ -80,7 +80,7 @@ TEST(ManualPage, NamesEveryVerbSettingAndExitCode) {
 }
 
 // The settings table of docs/cli.md is the one the tool writes from the library's settings table.
-TEST(ManualPage, TheDocumentsSettingsTableIsTheToolsOwn) {
+TEST(ToolManualPage, TheDocumentsSettingsTableIsTheToolsOwn) {
   const std::string doc = readFile(MXRK7_SOURCE_DIR "/docs/cli.md");
   const std::string begin = "<!-- settings-reference:begin -->\n", end = "<!-- settings-reference:end -->";
   const size_t from = doc.find(begin), to = doc.find(end);
@@ -92,16 +92,12 @@ TEST(ManualPage, TheDocumentsSettingsTableIsTheToolsOwn) {
 }
 
 // Standard output and error of a shell command, and its exit status.
-std::pair<std::string, int> shell(const std::string &command) {
-  std::string out;
-  FILE *pipe = ::popen((command + " 2>&1").c_str(), "r");
-  if (!pipe) return {"popen failed", -1};
-  char buffer[512];
-  while (std::fgets(buffer, sizeof buffer, pipe)) out += buffer;
-  return {out, ::pclose(pipe)};
+std::pair<std::string, int> shell(const std::string &command, const ProcessOptions &options = {}) {
+  const auto run = nvx::test::run({"sh", "-c", command + " 2>&1"}, options);
+  return {run.out, run.exitCode};
 }
 
-TEST(ManualPage, RendersWithoutWarnings) {
+TEST(ToolManualPage, RendersWithoutWarnings) {
   // Every warning on; -z formats without output, so only complaints are printed.
   const auto [said, status] = shell(std::string("groff -man -Tutf8 -ww -z '") + MXRK7_MAN_PAGE + "'");
   EXPECT_EQ(status, 0) << said;
@@ -119,9 +115,8 @@ std::set<std::string> complete(const std::vector<std::string> &words) {
   for (size_t i = 1; i < words.size(); ++i) array += " '" + words[i] + "'";
   const std::string script = std::string("source '") + MXRK7_BASH_COMPLETION + "' && COMP_WORDS=(" + array +
                              ") && COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _mxrk7 && printf '%s\\n' \"${COMPREPLY[@]}\"";
-  EnvGuard env;
-  env.set("MXRK7_COMPLETION_SCRIPT", script);
-  const auto [out, status] = shell("bash --norc --noprofile -c \"$MXRK7_COMPLETION_SCRIPT\"");
+  const auto [out, status] =
+      shell("bash --norc --noprofile -c \"$MXRK7_COMPLETION_SCRIPT\"", {.env = {{"MXRK7_COMPLETION_SCRIPT", script}}});
   EXPECT_EQ(status, 0) << "bash failed for" << array << ":\n" << out;
   std::set<std::string> offered;
   std::istringstream lines(out);
@@ -130,7 +125,7 @@ std::set<std::string> complete(const std::vector<std::string> &words) {
   return offered;
 }
 
-TEST(BashCompletion, OffersTheToolsVerbsSettingsAndOptions) {
+TEST(ToolBashCompletion, OffersTheToolsVerbsSettingsAndOptions) {
   EXPECT_EQ(complete({"mxrk7", ""}), toolVerbs());
   EXPECT_EQ(complete({"mxrk7", "--json", ""}), toolVerbs()) << "global options before the verb are skipped";
   EXPECT_EQ(complete({"mxrk7", "do"}), (std::set<std::string>{"doctor"}));
@@ -140,7 +135,7 @@ TEST(BashCompletion, OffersTheToolsVerbsSettingsAndOptions) {
   EXPECT_EQ(complete({"mxrk7", "--config-home", "/tmp", "list", "fx-"}), (std::set<std::string>{"fx-filter"}));
 }
 
-TEST(BashCompletion, OffersArgumentsOptionsAndFiles) {
+TEST(ToolBashCompletion, OffersArgumentsOptionsAndFiles) {
   EXPECT_EQ(complete({"mxrk7", "set", "beat-fx", ""}), (std::set<std::string>{"A", "B", "temporary"}));
   EXPECT_EQ(complete({"mxrk7", "set", "beat-fx", "A", ""}), (std::set<std::string>{"1", "2", "3", "4", "5", "6"}));
   EXPECT_EQ(complete({"mxrk7", "get", "beat-fx", "A", "2", ""}), (std::set<std::string>{"type", "depth", "beat"}));

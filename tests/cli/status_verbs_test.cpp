@@ -1,4 +1,4 @@
-// info, devices, udev-rule, the global options and --help.
+// info, devices, udev-rule, the global options, --virtual and --help.
 #include <filesystem>
 
 #include "cli_fixture.h"
@@ -8,9 +8,9 @@ namespace {
 
 using nlohmann::json;
 
-class StatusVerbs : public CliTest {};
+class ToolStatus : public CliTest {};
 
-TEST_F(StatusVerbs, InfoReportsEachMixerFromItsOwnAnswers) {
+TEST_F(ToolStatus, InfoReportsEachMixerFromItsOwnAnswers) {
   VirtualMixer first;
   first.firmware = {0x05, 0x01};
   first.selectors = {4, 4, 1, 0};
@@ -33,13 +33,10 @@ TEST_F(StatusVerbs, InfoReportsEachMixerFromItsOwnAnswers) {
   EXPECT_EQ(mixers[1]["input_selectors"], json({3, 2, 4, 4}));
   EXPECT_EQ(mixers[0]["serato"]["active"], true);
   EXPECT_EQ(mixers[1]["serato"]["active"], false);
-  // The same figures in the text form.
-  const auto text = runTool({"info"});
-  EXPECT_NE(text.out.find("1.05"), std::string::npos) << text.transcript();
-  EXPECT_NE(text.out.find("2.10"), std::string::npos) << text.transcript();
+  EXPECT_NE(runTool({"info"}).out.find("2.10"), std::string::npos) << "the text form";
 }
 
-TEST_F(StatusVerbs, InfoShowsUnreadableAnswersAsMissingNotAsStaleValues) {
+TEST_F(ToolStatus, InfoShowsUnreadableAnswersAsMissingNotAsStaleValues) {
   VirtualMixer mixer;
   mixer.fail = {"0x8001", "0x8004"};
   mixer.shortReads = {{"0x8002", 1}};  // the selector byte is the second one: never arrives
@@ -52,20 +49,20 @@ TEST_F(StatusVerbs, InfoShowsUnreadableAnswersAsMissingNotAsStaleValues) {
   EXPECT_EQ(reported["input_selectors"], json({nullptr, nullptr, nullptr, nullptr}));
 }
 
-TEST_F(StatusVerbs, InfoWithoutMixerOrWithABusyOneStillSucceeds) {
+TEST_F(ToolStatus, InfoWithoutMixerOrWithABusyOneStillSucceeds) {
   const auto none = runTool({"info", "--json"});
   ASSERT_EQ(none.exitCode, 0) << none.transcript();
   EXPECT_EQ(none.json()["connection"], "not connected");
   EXPECT_TRUE(none.json()["bus"]["mixers"].empty());
 
-  bus.setMixers({busyMixer()});
+  bus.setMixersOpening({"busy"});
   const auto busy = runTool({"info", "--json"});
   ASSERT_EQ(busy.exitCode, 0) << busy.transcript();
   EXPECT_EQ(busy.json()["bus"]["mixers"][0]["access"], "busy");
   EXPECT_TRUE(busy.json()["bus"]["mixers"][0]["firmware"].is_null());
 }
 
-TEST_F(StatusVerbs, InfoNamesTheDataFolderAndExplainsTheMissingVersionFiles) {
+TEST_F(ToolStatus, InfoNamesTheDataFolderAndExplainsTheMissingVersionFiles) {
   const auto doc = runTool({"info", "--json"}).json();
   // The tool carries the library's code and finds the data folder the build stages from its own path.
   EXPECT_EQ(doc["data_folder"]["path"],
@@ -87,9 +84,9 @@ struct DevicesCase {
 
 void PrintTo(const DevicesCase &c, std::ostream *os) { *os << c.name; }
 
-class DevicesVerb : public CliTest, public ::testing::WithParamInterface<DevicesCase> {};
+class ToolDevices : public CliTest, public ::testing::WithParamInterface<DevicesCase> {};
 
-TEST_P(DevicesVerb, ExitCodeFollowsWhatCanBeOpened) {
+TEST_P(ToolDevices, ExitCodeFollowsWhatCanBeOpened) {
   bus.setMixersOpening(GetParam().opens);
   const auto run = runTool({"devices", "--json"});
   EXPECT_EQ(run.exitCode, GetParam().exitCode) << run.transcript();
@@ -100,19 +97,17 @@ TEST_P(DevicesVerb, ExitCodeFollowsWhatCanBeOpened) {
     EXPECT_EQ(listed[i]["access"], GetParam().opens[i]);
     EXPECT_EQ(listed[i]["fix"].is_string(), GetParam().opens[i] != "ok");
   }
-  const auto text = runTool({"devices"});
-  EXPECT_EQ(text.exitCode, GetParam().exitCode);
-  for (const auto &open : GetParam().opens) EXPECT_NE(text.out.find("access           " + open), std::string::npos);
+  EXPECT_EQ(runTool({"devices"}).exitCode, GetParam().exitCode);
 }
 
-INSTANTIATE_TEST_SUITE_P(, DevicesVerb,
+INSTANTIATE_TEST_SUITE_P(, ToolDevices,
                          ::testing::Values(DevicesCase{"none", {}, 3}, DevicesCase{"one", {"ok"}, 0},
                                            DevicesCase{"busy", {"busy"}, 4},
                                            DevicesCase{"busyThenFree", {"busy", "ok"}, 0},
                                            DevicesCase{"allBusy", {"busy", "busy"}, 4}),
                          [](const auto &test) { return std::string(test.param.name); });
 
-TEST_F(StatusVerbs, UdevRuleIsTheTextTheBuildInstalls) {
+TEST_F(ToolStatus, UdevRuleIsTheTextTheBuildInstalls) {
   const std::string staged = readFile(MXRK7_STAGED_RULE);
   ASSERT_FALSE(staged.empty());
   const auto run = runTool({"udev-rule"});
@@ -124,14 +119,13 @@ TEST_F(StatusVerbs, UdevRuleIsTheTextTheBuildInstalls) {
   EXPECT_NE(staged.find("ATTR{idProduct}==\"" + doc["product"].get<std::string>() + "\""), std::string::npos);
 }
 
-TEST_F(StatusVerbs, UdevRuleFollowsTheUsbIdOverride) {
-  EnvGuard env;
+TEST_F(ToolStatus, UdevRuleFollowsTheUsbIdOverride) {
   env.set("MXRK7_USB_ID", "0A1B:00Cd");
   const auto run = runTool({"udev-rule"});
   EXPECT_NE(run.out.find("ATTR{idVendor}==\"0a1b\", ATTR{idProduct}==\"00cd\""), std::string::npos) << run.out;
 }
 
-TEST_F(StatusVerbs, GlobalOptionsWorkBeforeAndAfterTheVerb) {
+TEST_F(ToolStatus, GlobalOptionsWorkBeforeAndAfterTheVerb) {
   bus.setMixers({VirtualMixer{}});
   ScratchDir other;
   const auto before = runTool({"--json", "--config-home", other.path(), "show"});
@@ -141,9 +135,8 @@ TEST_F(StatusVerbs, GlobalOptionsWorkBeforeAndAfterTheVerb) {
   EXPECT_EQ(before.json()["file"]["path"], other.file("com.norvane.MXR-K7autosetup.plist"));
 }
 
-TEST_F(StatusVerbs, VirtualUsesTheDemoMixersAndADemoSettingsFolder) {
+TEST_F(ToolStatus, VirtualUsesTheDemoMixersAndADemoSettingsFolder) {
   ScratchDir state;
-  EnvGuard env;
   env.set("MXRK7_VIRTUAL_MIXERS", std::nullopt);
   env.set("XDG_STATE_HOME", state.path());
 
@@ -159,7 +152,7 @@ TEST_F(StatusVerbs, VirtualUsesTheDemoMixersAndADemoSettingsFolder) {
   EXPECT_TRUE(std::filesystem::exists(state.file("mxrk7/demo/com.norvane.MXR-K7autosetup.plist")));
 }
 
-TEST_F(StatusVerbs, VirtualKeepsMixersAlreadyChosenAndAGivenConfigHome) {
+TEST_F(ToolStatus, VirtualKeepsMixersAlreadyChosenAndAGivenConfigHome) {
   bus.setMixers({VirtualMixer{}});
   const auto run = runTool({"--virtual", "--config-home", settings.home(), "set", "pad-mode", "1", "--json"});
   ASSERT_EQ(run.exitCode, 0) << run.transcript();
@@ -168,7 +161,7 @@ TEST_F(StatusVerbs, VirtualKeepsMixersAlreadyChosenAndAGivenConfigHome) {
   EXPECT_EQ(writes().size(), 1u);
 }
 
-TEST_F(StatusVerbs, EveryVerbHasHelpWithExamples) {
+TEST_F(ToolStatus, EveryVerbHasHelpWithExamples) {
   for (const char *verb : {"info", "devices", "udev-rule", "show", "list", "get", "set", "routing", "apply", "watch",
                            "export", "import", "doctor"}) {
     const auto run = runTool({verb, "--help"});
@@ -178,19 +171,6 @@ TEST_F(StatusVerbs, EveryVerbHasHelpWithExamples) {
   const auto top = runTool({"--help"});
   EXPECT_EQ(top.exitCode, 0);
   EXPECT_NE(top.out.find("Exit codes"), std::string::npos);
-}
-
-TEST_F(StatusVerbs, UnknownVerbOrOptionIsAUsageError) {
-  const auto verb = runTool({"frobnicate"});
-  EXPECT_EQ(verb.exitCode, 1);
-  EXPECT_NE(verb.err.find("unknown verb \"frobnicate\""), std::string::npos) << verb.err;
-  EXPECT_NE(verb.err.find("apply"), std::string::npos) << "the message lists the verbs";
-
-  const auto option = runTool({"info", "--frobnicate", "--json"});
-  EXPECT_EQ(option.exitCode, 1);
-  EXPECT_EQ(option.json()["error"]["exit_code"], 1);
-
-  EXPECT_EQ(runTool({}).exitCode, 1);
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ json entry(const std::string &setting, const json &args, const json &fields) {
   return out;
 }
 
-TEST(SettingsDocument, APlanIsInTheSettingTablesOrder) {
+TEST(ToolDocument, APlanIsInTheSettingTablesOrder) {
   const auto checked = support::planImport(document(json::array({
       entry("pad-mode", nullptr, {{{"name", "value"}, {"index", 2}}}),
       entry("fx-filter", {{"bank", "temporary"}}, {{{"name", "mode"}, {"text", "noise"}}, {{"name", "param"}, {"index", 1}}}),
@@ -46,7 +46,7 @@ TEST(SettingsDocument, APlanIsInTheSettingTablesOrder) {
   EXPECT_EQ(plan.assignments[2].values, (support::Values{2, 1}));
 }
 
-TEST(SettingsDocument, EveryProblemIsReportedWithItsEntry) {
+TEST(ToolDocument, EveryProblemIsReportedWithItsEntry) {
   const auto checked = support::planImport(document(json::array({
       entry("pad-mode", nullptr, {{{"name", "value"}, {"index", 2}}}),
       entry("boost", nullptr, {{{"name", "level"}}}),
@@ -66,7 +66,7 @@ TEST(SettingsDocument, EveryProblemIsReportedWithItsEntry) {
   EXPECT_NE(problems[3].message.find("\"side\" is not an argument of beat-fx-tail"), std::string::npos);
 }
 
-TEST(SettingsDocument, DescribeComparesWithTheFile) {
+TEST(ToolDocument, DescribeComparesWithTheFile) {
   SettingsHome home;
   home.writeIntegers({{"PADMode", 2}, {"FaderStartMode", 1}, {"MaxLevel", 7}});
   const auto plan = std::get<support::Plan>(support::planImport(document(json::array({
@@ -86,7 +86,7 @@ TEST(SettingsDocument, DescribeComparesWithTheFile) {
 
 // A change of several settings: every mixer's share of it is reported, and the file takes every
 // setting and removal in one update.
-TEST(SettingsChange, ReportsEachMixerAndStoresEverythingInOneUpdate) {
+TEST(ToolChange, ReportsEachMixerAndStoresEverythingInOneUpdate) {
   SettingsHome home;
   home.writeIntegers({{"PADMode", 1}, {"Foreign", 5}});
   VirtualMixer failsTail, busy;
@@ -107,7 +107,7 @@ TEST(SettingsChange, ReportsEachMixerAndStoresEverythingInOneUpdate) {
   EXPECT_EQ(home.integers(), (std::map<std::string, int64_t>{{"TAIL_BANK_B", 0x1001}, {"CRFaderCutLag", 255}, {"Foreign", 5}}));
 }
 
-TEST(SettingsDocument, TheLaidOutTextIsTheSameDocument) {
+TEST(ToolDocument, TheLaidOutTextIsTheSameDocument) {
   SettingsHome home;
   home.writeIntegers({{"Output1", 3}, {"BANKB_FILTER", 0x1340}, {"BFX_BANKA2_2", 0x1236}, {"PADMode", 2}});
   const json exported = support::exportSettings(support::StoredSettings::read()).document;
@@ -122,7 +122,7 @@ TEST(SettingsDocument, TheLaidOutTextIsTheSameDocument) {
     EXPECT_EQ(json::parse(support::documentText(odd)), odd);
 }
 
-TEST(LockHolder, NamesTheProcessThatHoldsTheFile) {
+TEST(ToolLockHolder, NamesTheProcessThatHoldsTheFile) {
   ScratchDir dir;
   const std::string path = dir.write("node", "");
   EXPECT_FALSE(support::findLockHolder(path)) << "nobody holds it yet";

@@ -26,7 +26,7 @@ int bindSocket(const std::string &path) {
   return fd;
 }
 
-TEST(BusAddressTest, EnvironmentThenRuntimeFolderSocketThenNothing) {
+TEST(NotifyBusAddress, EnvironmentThenRuntimeFolderSocketThenNothing) {
   test::ScratchDir dir;
   const std::string withSocket = dir.path() + "/run";
   const std::string withFile = dir.path() + "/file";
@@ -68,7 +68,7 @@ TEST(BusAddressTest, EnvironmentThenRuntimeFolderSocketThenNothing) {
   close(socket2);
 }
 
-TEST(BusAddressTest, ValuesAreEscapedForAddresses) {
+TEST(NotifyBusAddress, ValuesAreEscapedForAddresses) {
   const std::vector<std::pair<std::string, std::string>> cases = {
       {"/run/user/1000/bus", "/run/user/1000/bus"},
       {"a b", "a%20b"},

@@ -4,28 +4,26 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <pwd.h>
-#include <spawn.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <clocale>
 #include <filesystem>
 #include <functional>
 #include <limits>
-#include <thread>
+#include <regex>
+#include <sstream>
 
-#include "outcome_text.h"
 #include "store/auto_setup_file.h"
 #include "store/plist_reader.h"
-#include "store/update_lock.h"
 #include "support/binary_plist.h"
 #include "support/crafted_files.h"
+#include "support/outcome_text.h"
+#include "support/process.h"
 #include "support/settings_file.h"
-
-extern char **environ;
 
 namespace {
 
@@ -33,15 +31,8 @@ namespace fs = std::filesystem;
 using namespace nvx::store;
 using namespace nvx::test;
 
-constexpr const char *kFileName = "com.norvane.MXR-K7autosetup.plist";
-constexpr const char *kTempPrefix = ".com.norvane.MXR-K7autosetup.plist.";
-
-std::vector<std::string> tempFilesIn(const std::string &folder) {
-  std::vector<std::string> found;
-  for (const auto &entry : fs::directory_iterator(folder))
-    if (entry.path().filename().string().starts_with(kTempPrefix)) found.push_back(entry.path().filename());
-  return found;
-}
+const std::string kFileName = kSettingsFileName;
+const std::string kTempPrefix = "." + kFileName + ".";
 
 mode_t modeOf(const std::string &path) {
   struct stat info {};
@@ -83,7 +74,7 @@ struct PathCase {
   std::string expectedFolder;  // empty: the password database's home + "/.config"
 };
 
-TEST(AutoSetupFilePath, FollowsTheXdgRules) {
+TEST(StoreFilePath, FollowsTheXdgRules) {
   const passwd *user = getpwuid(getuid());
   ASSERT_TRUE(user && user->pw_dir);
   const std::string databaseConfig = std::string(user->pw_dir) + "/.config";
@@ -105,7 +96,7 @@ TEST(AutoSetupFilePath, FollowsTheXdgRules) {
   }
 }
 
-TEST(AutoSetupFile, LoadingCreatesNothing) {
+TEST(StoreUpdate, LoadingCreatesNothing) {
   ScratchDir dir;
   EnvGuard env;
   env.set("XDG_CONFIG_HOME", dir.file("config"));
@@ -115,7 +106,7 @@ TEST(AutoSetupFile, LoadingCreatesNothing) {
 
 // --- read-merge-write ----------------------------------------------------------------------------
 
-TEST(AutoSetupFile, OneUpdateSetsAndRemovesKeysTogether) {
+TEST(StoreUpdate, OneUpdateSetsAndRemovesKeysTogether) {
   SettingsHome home;
   home.writeIntegers({{"Output0", 3}, {"MaxLevel", 1}});
   constexpr int32_t kMin = std::numeric_limits<int32_t>::min(), kMax = std::numeric_limits<int32_t>::max();
@@ -129,10 +120,10 @@ TEST(AutoSetupFile, OneUpdateSetsAndRemovesKeysTogether) {
   EXPECT_EQ(file->keys(), (std::vector<std::string>{"MaxLevel", "PADMode", "min", "max"}));
   EXPECT_EQ(file->integer("min"), kMin);
   EXPECT_EQ(file->integer("PADMode"), -1);
-  EXPECT_TRUE(tempFilesIn(home.home()).empty());
+  EXPECT_TRUE(temporaryFilesIn(home.home()).empty());
 }
 
-TEST(AutoSetupFile, NewFilesArePrivateAndAnExistingFileKeepsItsMode) {
+TEST(StoreUpdate, NewFilesArePrivateAndAnExistingFileKeepsItsMode) {
   const mode_t oldMask = umask(0);
   ScratchDir dir;
   EnvGuard env;
@@ -172,7 +163,7 @@ std::string foreignBinary() {
                          {b.string("MaxLevel"), b.integer(1)}}));
 }
 
-TEST(AutoSetupFile, ForeignValuesSurviveUpdatesExactlyInAnyLocale) {
+TEST(StoreUpdate, ForeignValuesSurviveUpdatesExactlyInAnyLocale) {
   const std::string locales[] = {"C", "de_DE.UTF-8"};  // the second writes 1,75 for 1.75
   for (const auto &locale : locales) {
     ASSERT_NE(std::setlocale(LC_ALL, locale.c_str()), nullptr) << locale << " is missing (scripts/bootstrap.sh makes it)";
@@ -196,7 +187,7 @@ TEST(AutoSetupFile, ForeignValuesSurviveUpdatesExactlyInAnyLocale) {
 }
 
 // Every crafted file, read and updated on a thread with a 256 KiB stack.
-TEST(AutoSetupFile, CraftedFilesNeitherCrashNorLeakTheirContent) {
+TEST(StoreUpdate, CraftedFilesNeitherCrashNorLeakTheirContent) {
   for (const auto &crafted : craftedFiles()) {
     SCOPED_TRACE(crafted.name);
     SettingsHome home;
@@ -224,7 +215,7 @@ TEST(AutoSetupFile, CraftedFilesNeitherCrashNorLeakTheirContent) {
   }
 }
 
-TEST(AutoSetupFile, BackupsOfUnreadableFilesNeverOverwriteOneAnother) {
+TEST(StoreUpdate, BackupsOfUnreadableFilesNeverOverwriteOneAnother) {
   SettingsHome home;
   const std::string backup = home.filePath() + ".bak";
   for (int i = 1; i <= 4; ++i) {
@@ -245,7 +236,7 @@ TEST(AutoSetupFile, BackupsOfUnreadableFilesNeverOverwriteOneAnother) {
   EXPECT_EQ(home.integers(), (std::map<std::string, int64_t>{{"MaxLevel", 1}}));
 }
 
-TEST(AutoSetupFile, SomethingElseInTheFilesPlaceIsLeftAlone) {
+TEST(StoreUpdate, SomethingElseInTheFilesPlaceIsLeftAlone) {
   for (const bool fifo : {false, true}) {
     SCOPED_TRACE(fifo ? "a FIFO" : "a folder");
     SettingsHome home;
@@ -254,7 +245,7 @@ TEST(AutoSetupFile, SomethingElseInTheFilesPlaceIsLeftAlone) {
     EXPECT_EQ(set("MaxLevel", 1), "not stored: not a regular file");  // must not block on the FIFO
     EXPECT_FALSE(LoadAutoSetupFile());
     EXPECT_TRUE(fifo ? fs::is_fifo(home.filePath()) : fs::is_directory(home.filePath() + "/inside"));
-    EXPECT_TRUE(tempFilesIn(home.home()).empty());
+    EXPECT_TRUE(temporaryFilesIn(home.home()).empty());
   }
 }
 
@@ -264,7 +255,7 @@ struct SymlinkCase {
   bool targetExists;
 };
 
-TEST(AutoSetupFile, SymlinkedFileStaysALinkAndItsTargetIsUpdated) {
+TEST(StoreUpdate, SymlinkedFileStaysALinkAndItsTargetIsUpdated) {
   const SymlinkCase cases[] = {
       {"absolute link", false, true}, {"relative link", true, true}, {"link to a missing file", false, false}};
   for (const auto &c : cases) {
@@ -284,21 +275,21 @@ TEST(AutoSetupFile, SymlinkedFileStaysALinkAndItsTargetIsUpdated) {
     const auto expected = c.targetExists ? std::map<std::string, int64_t>{{"Foreign", 5}, {"MaxLevel", 2}}
                                          : std::map<std::string, int64_t>{{"MaxLevel", 2}};
     EXPECT_EQ(home.integers(), expected);  // read through the link
-    EXPECT_TRUE(tempFilesIn(dotfiles).empty());
+    EXPECT_TRUE(temporaryFilesIn(dotfiles).empty());
   }
 }
 
 // --- leftovers and the lock ----------------------------------------------------------------------
 
-TEST(AutoSetupFile, NextUpdateRemovesTemporaryFilesOfKilledWriters) {
+TEST(StoreUpdate, NextUpdateRemovesTemporaryFilesOfKilledWriters) {
   SettingsHome home;
   home.writeIntegers({{"Output2", 1}});
-  const std::string dead1 = home.dir().write(std::string(kTempPrefix) + "Ab12Cd", "<?xml half written");
-  const std::string dead2 = home.dir().write(std::string(kTempPrefix) + "bak.zzzzzz", "");
+  const std::string dead1 = home.dir().write(kTempPrefix + "Ab12Cd", "<?xml half written");
+  const std::string dead2 = home.dir().write(kTempPrefix + "bak.zzzzzz", "");
   // Names that only look alike are someone else's.
-  const std::string other1 = home.dir().write(std::string(kTempPrefix) + "bak", "keep");
-  const std::string other2 = home.dir().write(std::string(kTempPrefix) + "Ab12Cd.x", "keep");
-  const std::string other3 = home.dir().write(std::string(kFileName) + ".Ab12Cd", "keep");
+  const std::string other1 = home.dir().write(kTempPrefix + "bak", "keep");
+  const std::string other2 = home.dir().write(kTempPrefix + "Ab12Cd.x", "keep");
+  const std::string other3 = home.dir().write(kFileName + ".Ab12Cd", "keep");
 
   EXPECT_EQ(set("MaxLevel", 1), "stored");
 
@@ -308,34 +299,8 @@ TEST(AutoSetupFile, NextUpdateRemovesTemporaryFilesOfKilledWriters) {
   EXPECT_EQ(home.integers(), (std::map<std::string, int64_t>{{"Output2", 1}, {"MaxLevel", 1}}));
 }
 
-TEST(AutoSetupFile, LockTimeoutIsThreeSecondsUnlessTheEnvironmentSaysOtherwise) {
-  const std::pair<std::optional<std::string>, int> cases[] = {
-      {std::nullopt, 3000}, {"250", 250}, {"", 3000}, {"soon", 3000}, {"-5", 3000}};
-  for (const auto &[text, millis] : cases) {
-    EnvGuard env;
-    env.set("MXRK7_STORE_LOCK_TIMEOUT_MS", text);
-    EXPECT_EQ(lockTimeout(), std::chrono::milliseconds(millis)) << text.value_or("(unset)");
-  }
-}
-
-TEST(AutoSetupFile, UpdateWaitsForTheLockHolder) {
-  SettingsHome home;
-  const int lockFd = open((home.filePath() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  ASSERT_GE(lockFd, 0);
-  ASSERT_EQ(flock(lockFd, LOCK_EX), 0);
-
-  std::string outcome;
-  std::thread writer([&] { outcome = set("MaxLevel", 2); });
-  std::this_thread::sleep_for(std::chrono::milliseconds(400));
-  EXPECT_FALSE(home.exists()) << "the update went ahead while another writer held the lock";
-  close(lockFd);
-  writer.join();
-  EXPECT_EQ(outcome, "stored");
-  EXPECT_EQ(home.value("MaxLevel"), 2);
-}
-
 // A stuck writer (here: this test, holding the lock) or a broken lock file: the update is not made.
-TEST(AutoSetupFile, WithoutTheLockNothingIsWritten) {
+TEST(StoreUpdate, WithoutTheLockNothingIsWritten) {
   struct Case {
     const char *name;
     std::function<int(const std::string &lock)> breakLock;  // returns a descriptor to close after
@@ -362,7 +327,7 @@ TEST(AutoSetupFile, WithoutTheLockNothingIsWritten) {
     home.writeIntegers({{"MaxLevel", 1}});
     const std::string before = readFile(home.filePath());
     // A temporary file of the lock holder: without the lock, nobody may take it for a leftover.
-    const std::string live = home.dir().write(std::string(kTempPrefix) + "L1veW2", "being written");
+    const std::string live = home.dir().write(kTempPrefix + "L1veW2", "being written");
     const int held = c.breakLock(home.filePath() + ".lock");
     ASSERT_NE(held, -2);
     EXPECT_EQ(set("MaxLevel", 2), c.outcome);
@@ -372,41 +337,50 @@ TEST(AutoSetupFile, WithoutTheLockNothingIsWritten) {
   }
 }
 
-pid_t spawn(const std::vector<std::string> &args) {
-  std::vector<char *> argv;
-  for (const auto &a : args) argv.push_back(const_cast<char *>(a.c_str()));
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  EXPECT_EQ(posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ), 0) << "cannot start " << args[0];
-  return pid;
-}
-
-TEST(AutoSetupFile, ConcurrentProcessesAndThreadsLoseNoKey) {
+// The update reaches the disk whole: the new bytes are written and synced before the temporary file
+// is renamed over the file, and the folder is synced after the rename. Traced on the helper's update.
+TEST(StoreUpdate, SyncsTheTemporaryFileBeforeTheRenameAndTheFolderAfter) {
   SettingsHome home;
-  constexpr int kProcesses = 6, kThreads = 3, kKeysEach = 30;
-  std::vector<pid_t> pids;
-  for (int p = 0; p < kProcesses; ++p)
-    pids.push_back(spawn({NVX_STORE_PROBE, "set-many", "p" + std::to_string(p) + "_", std::to_string(kKeysEach)}));
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t)
-    threads.emplace_back([t] {
-      for (int k = 0; k < kKeysEach; ++k) StoreAutoSetupValue("t" + std::to_string(t) + "_" + std::to_string(k), k);
-    });
-  for (auto &thread : threads) thread.join();
-  for (pid_t pid : pids) {
-    int status = 0;
-    EXPECT_EQ(waitpid(pid, &status, 0), pid);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-  }
-  const auto values = home.integers();
-  EXPECT_EQ(values.size(), size_t{(kProcesses + kThreads) * kKeysEach});
-  for (int p = 0; p < kProcesses; ++p)
-    for (int k = 0; k < kKeysEach; ++k) {
-      const std::string key = "p" + std::to_string(p) + "_" + std::to_string(k);
-      const auto it = values.find(key);
-      EXPECT_TRUE(it != values.end() && it->second == k) << key;
-    }
-  EXPECT_TRUE(tempFilesIn(home.home()).empty());
+  home.writeIntegers({{"Output0", 1}});
+  ScratchDir trace;
+  const char *asan = std::getenv("ASAN_OPTIONS");  // LeakSanitizer does not work under ptrace
+  const auto run = nvx::test::run({"strace", "-f", "-qq", "-o", trace.file("log"), "-e",
+                                   "trace=openat,write,fsync,fdatasync,rename,renameat,renameat2",
+                                   NVX_CORE_HELPER, "set", "MaxLevel", "2"},
+                                  {.env = {{"ASAN_OPTIONS", std::string(asan ? asan : "") + ":detect_leaks=0"}}});
+  ASSERT_EQ(run.exitCode, 0) << run.transcript();
+  ASSERT_EQ(run.out, "stored\n");
+  struct Call {
+    std::string name, args;
+    std::string result;
+  };
+  std::vector<Call> calls;
+  const std::regex traced(R"(^\d+ +(\w+)\((.*)\) += (-?\d+))");
+  std::istringstream log(readFile(trace.file("log")));
+  for (std::string line; std::getline(log, line);)
+    if (std::smatch m; std::regex_search(line, m, traced)) calls.push_back({m[1], m[2], m[3]});
+  const auto first = [&](size_t from, const std::function<bool(const Call &)> &is) {
+    for (size_t i = from; i < calls.size(); ++i)
+      if (is(calls[i])) return i;
+    return std::string::npos;
+  };
+  const std::string temp = "\"" + kTempPrefix;
+  const size_t opened = first(0, [&](const Call &c) { return c.name == "openat" && c.args.find(temp) != std::string::npos; });
+  ASSERT_NE(opened, std::string::npos) << "no temporary file was made";
+  const std::string fd = calls[opened].result, folder = calls[opened].args.substr(0, calls[opened].args.find(','));
+  const size_t written = first(opened, [&](const Call &c) { return c.name == "write" && c.args.starts_with(fd + ","); });
+  const size_t synced = first(opened, [&](const Call &c) { return c.name.ends_with("sync") && c.args == fd; });
+  const size_t renamed = first(opened, [&](const Call &c) {
+    return c.name.starts_with("rename") && c.args.find(temp) != std::string::npos &&
+           c.args.find(", \"com.norvane.MXR-K7autosetup.plist\"") != std::string::npos;
+  });
+  const size_t folderSynced =
+      renamed == std::string::npos ? renamed : first(renamed, [&](const Call &c) { return c.name == "fsync" && c.args == folder; });
+  const std::vector<size_t> order = {written, synced, renamed, folderSynced};
+  EXPECT_TRUE(std::find(order.begin(), order.end(), std::string::npos) == order.end() &&
+              std::is_sorted(order.begin(), order.end()))
+      << "write(temp), fsync(temp), rename, fsync(folder) at calls " << ::testing::PrintToString(order) << " of:\n"
+      << readFile(trace.file("log"));
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ struct XmlValueCase {
   PlistValue expected;
 };
 
-TEST(PlistReader, XmlValuesOfEveryKind) {
+TEST(StorePlistReader, XmlValuesOfEveryKind) {
   PlistArray array;
   array.items.push_back(integer(1));
   const XmlValueCase cases[] = {
@@ -79,7 +79,7 @@ TEST(PlistReader, XmlValuesOfEveryKind) {
   }
 }
 
-TEST(PlistReader, UnreadableXml) {
+TEST(StorePlistReader, UnreadableXml) {
   const char *cases[] = {
       "<integer>5x</integer>",
       "<integer></integer>",
@@ -108,7 +108,7 @@ TEST(PlistReader, UnreadableXml) {
   EXPECT_TRUE(parsePlist("<plist><array/></plist>"));
 }
 
-TEST(PlistReader, BinaryValuesOfEveryKind) {
+TEST(StorePlistReader, BinaryValuesOfEveryKind) {
   struct Case {
     const char *name;
     uint64_t (*build)(BinaryPlistBuilder &);
@@ -143,7 +143,7 @@ TEST(PlistReader, BinaryValuesOfEveryKind) {
   }
 }
 
-TEST(PlistReader, DamagedBinaryFilesAreUnreadable) {
+TEST(StorePlistReader, DamagedBinaryFilesAreUnreadable) {
   BinaryPlistBuilder b;
   const std::string good = b.bytes(b.dict({{b.string("v"), b.integer(1)}}));
   ASSERT_TRUE(parsePlistDictionary(good));
@@ -155,7 +155,7 @@ TEST(PlistReader, DamagedBinaryFilesAreUnreadable) {
     EXPECT_FALSE(parsePlistDictionary(bytes));
 }
 
-TEST(PlistReader, DuplicateKeysKeepTheFirstPlaceAndTheLastValue) {
+TEST(StorePlistReader, DuplicateKeysKeepTheFirstPlaceAndTheLastValue) {
   const auto dict = parsePlistDictionary(xmlPlist(
       "<key>a</key><integer>1</integer><key>b</key><integer>2</integer><key>a</key><integer>3</integer>\n"));
   ASSERT_TRUE(dict);
@@ -163,44 +163,34 @@ TEST(PlistReader, DuplicateKeysKeepTheFirstPlaceAndTheLastValue) {
   EXPECT_EQ(dict->integer("a"), 3);
 }
 
-// The caps at their edges: the last size, depth and count that read, and one more that does not.
-TEST(PlistReader, CapsAtTheirEdges) {
+// The caps the settings file has: 128 levels of nesting, 1 MiB; the last that reads and one more.
+TEST(StorePlistReader, CapsAtTheirEdges) {
   const auto nested = [](int levels) {  // the root dictionary is level 1
     std::string xml;
     for (int i = 0; i < levels - 1; ++i) xml += "<array>";
     for (int i = 0; i < levels - 1; ++i) xml += "</array>";
     return xmlPlist("<key>v</key>" + xml + "\n");
   };
-  EXPECT_TRUE(parsePlistDictionary(nested(kMaxPlistDepth)));
-  EXPECT_FALSE(parsePlistDictionary(nested(kMaxPlistDepth + 1)));
-
+  EXPECT_TRUE(parsePlistDictionary(nested(128)));
+  EXPECT_FALSE(parsePlistDictionary(nested(129)));
   const auto binaryNested = [](int levels) {
     BinaryPlistBuilder b;
     uint64_t inner = b.array({});
     for (int i = 2; i < levels; ++i) inner = b.array({inner});
     return b.bytes(b.dict({{b.string("v"), inner}}));
   };
-  EXPECT_TRUE(parsePlistDictionary(binaryNested(kMaxPlistDepth)));
-  EXPECT_FALSE(parsePlistDictionary(binaryNested(kMaxPlistDepth + 1)));
-
-  const auto values = [](uint32_t count) {  // the dictionary, the array and its items
-    std::string items;
-    for (uint32_t i = 0; i + 2 < count; ++i) items += "<true/>";
-    return xmlPlist("<key>v</key><array>" + items + "</array>\n");
-  };
-  EXPECT_TRUE(parsePlistDictionary(values(kMaxPlistNodes)));
-  EXPECT_FALSE(parsePlistDictionary(values(kMaxPlistNodes + 1)));
-
+  EXPECT_TRUE(parsePlistDictionary(binaryNested(128)));
+  EXPECT_FALSE(parsePlistDictionary(binaryNested(129)));
   const std::string empty = xmlPlist("<key>v</key><string></string>\n");
   const auto sized = [&](size_t size) {
     std::string bytes = empty;
     return bytes.insert(empty.find("</string>"), size - empty.size(), 'x');
   };
-  EXPECT_TRUE(parsePlistDictionary(sized(kMaxPlistBytes)));
-  EXPECT_FALSE(parsePlistDictionary(sized(kMaxPlistBytes + 1)));
+  EXPECT_TRUE(parsePlistDictionary(sized(1 << 20)));
+  EXPECT_FALSE(parsePlistDictionary(sized((1 << 20) + 1)));
 }
 
-TEST(PlistWriter, WritesTheCanonicalForm) {
+TEST(StorePlistWriter, WritesTheCanonicalForm) {
   PlistDictionary dict;
   dict.set("MaxLevel", PlistValue::signedInteger(2));
   EXPECT_EQ(std::get<std::string>(plistXml(PlistValue(dict))),
@@ -209,7 +199,7 @@ TEST(PlistWriter, WritesTheCanonicalForm) {
             "<plist version=\"1.0\">\n<dict>\n\t<key>MaxLevel</key>\n\t<integer>2</integer>\n</dict>\n</plist>\n");
 }
 
-TEST(PlistWriter, EveryValueXmlCanHoldReadsBackExactly) {
+TEST(StorePlistWriter, EveryValueXmlCanHoldReadsBackExactly) {
   PlistDictionary inner;
   inner.set("empty", PlistValue(PlistArray{}));
   PlistArray list;
@@ -230,7 +220,7 @@ TEST(PlistWriter, EveryValueXmlCanHoldReadsBackExactly) {
   EXPECT_EQ(parsePlist(std::get<std::string>(xml)), tree);
 }
 
-TEST(PlistWriter, RefusesWhatXmlCannotHold) {
+TEST(StorePlistWriter, RefusesWhatXmlCannotHold) {
   const PlistValue cases[] = {
       PlistValue(PlistForeign{0x80}),
       text("a\x01"),
@@ -249,7 +239,7 @@ TEST(PlistWriter, RefusesWhatXmlCannotHold) {
   badKey.set(std::string("a\0", 2), PlistValue(true));
   EXPECT_EQ(std::get<XmlRefusal>(plistXml(PlistValue(badKey))), XmlRefusal::Unrepresentable);
   PlistDictionary large;
-  large.set("v", PlistValue(PlistData{std::string(kMaxPlistBytes, 'x')}));
+  large.set("v", PlistValue(PlistData{std::string(1 << 20, 'x')}));
   EXPECT_EQ(std::get<XmlRefusal>(plistXml(PlistValue(large))), XmlRefusal::TooLarge);
 }
 

@@ -1,12 +1,8 @@
 // The trust table of docs/store.md, row by row: an update run as an unprivileged user the tests make
 // for themselves, or as root with a user's folder, in folders, files and links set up as another
 // user (or an attacker) would leave them. Needs root, as CI has.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cctype>
@@ -14,11 +10,8 @@
 #include <functional>
 
 #include "store/plist_file.h"
-#include "support/scratch_dir.h"
+#include "support/process.h"
 #include "support/settings_file.h"
-#include "support/test_accounts.h"
-
-extern char **environ;
 
 namespace {
 
@@ -80,18 +73,11 @@ uid_t uidOf(const std::string &path) {
   return owned ? owned->uid : static_cast<uid_t>(-1);
 }
 
-bool writeFileOnce(const std::string &path, const std::string &text) {
-  const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-  const bool written = fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  if (fd >= 0) close(fd);
-  return written;
-}
-
 struct TrustRow {
   const char *name;
   Caller caller;
   std::function<void(Place &)> prepare;  // sets the folders up; may point XDG_CONFIG_HOME elsewhere
-  std::string outcome;                   // as store_probe prints it
+  std::string outcome;                   // as the helper prints it
   std::function<void(const Place &)> check = [](const Place &) {};
 };
 
@@ -227,63 +213,21 @@ const std::vector<TrustRow> &rows() {
   return all;
 }
 
-// Starts the probe in a user namespace where root is root and the user is the user, but the user's
-// group has no id: giving a new file to the user fails, as on a root-squashed network file system.
-pid_t spawnWithoutTheUsersGroup(std::vector<char *> &argv, int output, uid_t user) {
-  int ready[2], go[2];
-  if (pipe2(ready, O_CLOEXEC) != 0 || pipe2(go, O_CLOEXEC) != 0) return -1;
-  const pid_t pid = fork();
-  if (pid == 0) {
-    char byte = 0;
-    if (unshare(CLONE_NEWUSER) != 0 || write(ready[1], &byte, 1) != 1 || read(go[0], &byte, 1) != 1) _exit(90);
-    dup2(output, STDOUT_FILENO);
-    execve(argv[0], argv.data(), environ);
-    _exit(91);
-  }
-  char byte = 0;
-  const bool mapped = read(ready[0], &byte, 1) == 1 &&
-                      writeFileOnce("/proc/" + std::to_string(pid) + "/uid_map",
-                                    "0 0 1\n" + std::to_string(user) + " " + std::to_string(user) + " 1\n") &&
-                      writeFileOnce("/proc/" + std::to_string(pid) + "/gid_map", "0 0 1\n");
-  EXPECT_TRUE(mapped) << "cannot map the user namespace";
-  EXPECT_EQ(write(go[1], &byte, 1), 1);
-  for (int fd : {ready[0], ready[1], go[0], go[1]}) close(fd);
-  return pid;
+// The helper's update as the row's caller. Root without the user's group: in a user namespace where
+// root is root and the user is the user, but the user's group has no id, so giving a new file to
+// the user fails, as on a root-squashed network file system.
+std::string updateAs(Caller caller, const TestAccount &user) {
+  ProcessOptions options;
+  if (caller == Caller::User) options.asUser = &user;
+  if (caller == Caller::RootWithoutTheUsersGroup) options.namespaceUser = user.uid;
+  const auto run = nvx::test::run({NVX_CORE_HELPER, "set", "MaxLevel", "2"}, options);
+  EXPECT_EQ(run.exitCode, 0) << run.transcript();
+  return run.out.substr(0, run.out.find('\n'));
 }
 
-std::string runProbe(Caller caller, const TestAccount &user) {
-  std::vector<std::string> args;
-  if (caller == Caller::User) args = runAs(user);
-  for (const char *arg : {NVX_STORE_PROBE, "set", "MaxLevel", "2"}) args.emplace_back(arg);
-  std::vector<char *> argv;
-  for (auto &arg : args) argv.push_back(arg.data());
-  argv.push_back(nullptr);
+class StoreTrust : public ::testing::TestWithParam<TrustRow> {};
 
-  ScratchDir outputDir;
-  const std::string output = outputDir.file("stdout");
-  const int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-  pid_t pid = -1;
-  if (caller == Caller::RootWithoutTheUsersGroup) {
-    pid = spawnWithoutTheUsersGroup(argv, fd, user.uid);
-  } else {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, fd, STDOUT_FILENO);
-    EXPECT_EQ(posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ), 0);
-    posix_spawn_file_actions_destroy(&actions);
-  }
-  close(fd);
-  int status = 0;
-  EXPECT_EQ(waitpid(pid, &status, 0), pid);
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the probe failed, status " << status;
-  std::string text = readFile(output);
-  if (!text.empty() && text.back() == '\n') text.pop_back();
-  return text;
-}
-
-class Trust : public ::testing::TestWithParam<TrustRow> {};
-
-TEST_P(Trust, UpdatesFollowTheTable) {
+TEST_P(StoreTrust, UpdatesFollowTheTable) {
   ASSERT_EQ(geteuid(), 0u) << "the trust table's rows need root to set up other users' files";
   Place place;
   place.base.letEveryoneIn();
@@ -291,11 +235,11 @@ TEST_P(Trust, UpdatesFollowTheTable) {
   if (HasFatalFailure()) return;
   EnvGuard env;
   env.set("XDG_CONFIG_HOME", place.config);
-  EXPECT_EQ(runProbe(GetParam().caller, place.user), GetParam().outcome);
+  EXPECT_EQ(updateAs(GetParam().caller, place.user), GetParam().outcome);
   GetParam().check(place);
 }
 
-INSTANTIATE_TEST_SUITE_P(, Trust, ::testing::ValuesIn(rows()), [](const auto &test) {
+INSTANTIATE_TEST_SUITE_P(, StoreTrust, ::testing::ValuesIn(rows()), [](const auto &test) {
   std::string name;
   for (const char c : std::string(test.param.name)) name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
   return name;

@@ -1,12 +1,12 @@
-// Faults during updates of the settings file: a full disk (a small tmpfs), a read-only folder (a
-// read-only mount, and a folder without write permission for an unprivileged user), a writer stuck
-// while it holds the lock, and a lock file that is not a file. Whatever fails, the file that was
+// Faults during updates of the settings file: a full disk (a small tmpfs), a read-only mount, a
+// writer stuck while it holds the lock, and a lock file that is not a file. Whatever fails, the file that was
 // there stays as it was and readable (no update goes ahead without the lock), no temporary file is
 // left behind, and once the fault is gone the next update succeeds again.
 //
 // The test mounts file systems, in a mount namespace of its own (made in main, before any test
 // runs), so nothing is visible outside the test process and its children. It needs root, as CI
-// has; without it every test here fails (none is skipped).
+// has; without it every test here fails (none is skipped). The crash and concurrency campaigns
+// share this program.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -25,55 +25,29 @@
 #include <string>
 #include <vector>
 
-#include "stress_support.h"
-#include "support/scratch_dir.h"
-#include "support/test_accounts.h"
+#include "stress.h"
+#include "support/plist_integers.h"
+#include "support/process.h"
+#include "support/settings_file.h"
 
-namespace nvx::stress {
+namespace nvx::test {
 namespace {
 
 using namespace std::chrono_literals;
 
 std::string namespaceError;  // why main could not make a mount namespace, if it could not
 
-// A writer stopped (SIGSTOP) while it holds the update lock of the file in `home`.
-class StuckWriter {
- public:
-  void start(const std::string &home) {
-    pid_ = fork();
-    if (pid_ == 0) {
-      const int fd = open((home + "/" + kSettingsName + ".lock").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600);
-      if (fd < 0 || flock(fd, LOCK_EX) != 0) _exit(1);
-      raise(SIGSTOP);
-      _exit(0);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(pid_, &status, WUNTRACED), pid_);
-    ASSERT_TRUE(WIFSTOPPED(status)) << "the writer did not get the lock";
-  }
-  void stop() {
-    if (pid_ <= 0) return;
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-    pid_ = -1;
-  }
-  ~StuckWriter() { stop(); }
+// A writer stuck while it holds the update lock (here: this test, on a descriptor of its own).
+int stuckWriter = -1;
 
- private:
-  pid_t pid_ = -1;
-};
-StuckWriter stuckWriter;
-
-// Runs `stress_store update PREFIX COUNT` to its end; the number of updates it reported.
-size_t runUpdates(const std::string &prefix, int count, const std::vector<std::string> &asUser = {}) {
-  std::vector<std::string> argv = asUser;
-  for (const std::string &arg : {std::string(NVX_STRESS_STORE), std::string("update"), prefix, std::to_string(count)})
-    argv.push_back(arg);
-  Process process(argv);
-  const auto lines = process.drain();
-  EXPECT_EQ(process.wait(), 0) << "stress_store failed";
-  return lines.size();
+// The helper's updates PREFIX000 .. of COUNT keys, run to their end; the number it reported.
+size_t runUpdates(const std::string &prefix, int count) {
+  const auto run = nvx::test::run({NVX_CORE_HELPER, "update", prefix, std::to_string(count)});
+  EXPECT_EQ(run.exitCode, 0) << run.transcript();
+  return run.lines().size();
 }
+
+std::optional<std::map<std::string, int64_t>> readIntegers(const std::string &path) { return plistIntegers(readFile(path)); }
 
 // A small tmpfs of its own, with the config home inside, unmounted at the end.
 class SmallDisk {
@@ -123,7 +97,7 @@ bool setReadOnly(const std::string &folder, bool readOnly) {
   return mount(nullptr, folder.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr) == 0;
 }
 
-class FaultTest : public ::testing::Test {
+class StressFault : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(namespaceError, "") << "the fault tests mount file systems and need root: " << namespaceError;
@@ -132,14 +106,14 @@ class FaultTest : public ::testing::Test {
     home_ = dir_.file("disk/config");
     env_.set("XDG_CONFIG_HOME", home_);
     env_.set("MXRK7_STORE_LOCK_TIMEOUT_MS", "300");  // how long an update waits for a stuck writer
-    file_ = home_ + "/" + kSettingsName;
+    file_ = home_ + "/" + kSettingsFileName;
   }
 
   // Checks that the file holds exactly `bytes` and parses, and that no temporary file is left.
   void expectUnchanged(const std::string &bytes, const std::string &when) {
-    EXPECT_EQ(fileBytes(file_), bytes) << when << ": the file changed";
+    EXPECT_EQ(readFile(file_), bytes) << when << ": the file changed";
     EXPECT_TRUE(readIntegers(file_).has_value()) << when << ": the file does not parse";
-    EXPECT_EQ(leftoverTempFiles(home_), std::vector<std::string>{}) << when;
+    EXPECT_EQ(temporaryFilesIn(home_), std::vector<std::string>{}) << when;
     EXPECT_NE(access((file_ + ".bak").c_str(), F_OK), 0) << when << ": a backup was made of a readable file";
   }
 
@@ -153,21 +127,21 @@ class FaultTest : public ::testing::Test {
 struct StaticFault {
   const char *name;
   int keysBefore;  // size of the file before the fault (about 45 bytes a key)
-  std::function<void(FaultTest &, SmallDisk &, const std::string &home)> apply;
+  std::function<void(StressFault &, SmallDisk &, const std::string &home)> apply;
   std::function<void(SmallDisk &, const std::string &home)> remove;
 };
 
 void PrintTo(const StaticFault &fault, std::ostream *os) { *os << fault.name; }
 
-class StaticFaultTest : public FaultTest, public ::testing::WithParamInterface<StaticFault> {};
+class StressFaults : public StressFault, public ::testing::WithParamInterface<StaticFault> {};
 
-TEST_P(StaticFaultTest, TheOldFileStaysIntactAndUpdatesWorkAgainAfterwards) {
+TEST_P(StressFaults, TheOldFileStaysIntactAndUpdatesWorkAgainAfterwards) {
   const StaticFault &fault = GetParam();
   ASSERT_EQ(runUpdates("Before", fault.keysBefore), static_cast<size_t>(fault.keysBefore));
   const auto before = readIntegers(file_);
   ASSERT_TRUE(before.has_value());
   ASSERT_EQ(before->size(), static_cast<size_t>(fault.keysBefore));
-  const std::string bytes = fileBytes(file_);
+  const std::string bytes = readFile(file_);
 
   fault.apply(*this, *disk_, home_);
   if (HasFatalFailure()) return;
@@ -186,24 +160,28 @@ TEST_P(StaticFaultTest, TheOldFileStaysIntactAndUpdatesWorkAgainAfterwards) {
 }
 
 const StaticFault kStaticFaults[] = {
-    {"disk full", 100, [](FaultTest &, SmallDisk &disk, const std::string &) { disk.fill(); },
+    {"disk full", 100, [](StressFault &, SmallDisk &disk, const std::string &) { disk.fill(); },
      [](SmallDisk &disk, const std::string &) { disk.empty(); }},
     // Room for the lock and a part of the new file: the write of the temporary file fails midway.
-    {"disk almost full", 200, [](FaultTest &, SmallDisk &disk, const std::string &) { disk.fill(4096); },
+    {"disk almost full", 200, [](StressFault &, SmallDisk &disk, const std::string &) { disk.fill(4096); },
      [](SmallDisk &disk, const std::string &) { disk.empty(); }},
     {"read-only mount",
      100,
-     [](FaultTest &, SmallDisk &, const std::string &home) { ASSERT_TRUE(setReadOnly(home, true)) << std::strerror(errno); },
+     [](StressFault &, SmallDisk &, const std::string &home) { ASSERT_TRUE(setReadOnly(home, true)) << std::strerror(errno); },
      [](SmallDisk &, const std::string &home) { ASSERT_TRUE(setReadOnly(home, false)) << std::strerror(errno); }},
-    {"stuck writer", 100, [](FaultTest &, SmallDisk &, const std::string &home) { stuckWriter.start(home); },
-     [](SmallDisk &, const std::string &) { stuckWriter.stop(); }},
+    {"stuck writer", 100,
+     [](StressFault &, SmallDisk &, const std::string &home) {
+       stuckWriter = open((home + "/" + kSettingsFileName + ".lock").c_str(), O_RDONLY | O_CLOEXEC);
+       ASSERT_EQ(flock(stuckWriter, LOCK_EX), 0);
+     },
+     [](SmallDisk &, const std::string &) { close(stuckWriter); }},
     {"lock file is a folder", 100,
-     [](FaultTest &, SmallDisk &, const std::string &home) {
-       const std::string lock = home + "/" + kSettingsName + ".lock";
+     [](StressFault &, SmallDisk &, const std::string &home) {
+       const std::string lock = home + "/" + kSettingsFileName + ".lock";
        ASSERT_EQ(unlink(lock.c_str()), 0);
        ASSERT_EQ(mkdir(lock.c_str(), 0700), 0);
      },
-     [](SmallDisk &, const std::string &home) { ASSERT_EQ(rmdir((home + "/" + kSettingsName + ".lock").c_str()), 0); }},
+     [](SmallDisk &, const std::string &home) { ASSERT_EQ(rmdir((home + "/" + kSettingsFileName + ".lock").c_str()), 0); }},
 };
 
 std::string faultName(const ::testing::TestParamInfo<StaticFault> &fault) {
@@ -213,14 +191,14 @@ std::string faultName(const ::testing::TestParamInfo<StaticFault> &fault) {
   return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, StaticFaultTest, ::testing::ValuesIn(kStaticFaults), faultName);
+INSTANTIATE_TEST_SUITE_P(, StressFaults, ::testing::ValuesIn(kStaticFaults), faultName);
 
 // A fault that comes and goes while one writer keeps updating: it is let go one update at a time,
 // and the fault starts right as the 50th update is let go, so it may meet that update midway.
-void faultDuringUpdates(FaultTest &test, const std::string &file, const std::function<void()> &start,
+void faultDuringUpdates(StressFault &test, const std::string &file, const std::function<void()> &start,
                         const std::function<void()> &stop) {
   constexpr int kUpdates = 150, kFaultFrom = 50, kFaultUntil = 100;
-  Process writer({NVX_STRESS_STORE, "update", "Live", std::to_string(kUpdates), "--step"});
+  Process writer({NVX_CORE_HELPER, "update", "Live", std::to_string(kUpdates), "--step"});
   size_t keys = 0;
   for (int i = 0; i < kUpdates; ++i) {
     writer.writeLine("go");
@@ -242,62 +220,34 @@ void faultDuringUpdates(FaultTest &test, const std::string &file, const std::fun
       ASSERT_FALSE(present) << "update " << i << " was stored during the fault: the fault did not take";
     }
   }
-  writer.closeInput();
-  EXPECT_EQ(writer.wait(), 0);
+  EXPECT_EQ(writer.finish().exitCode, 0);
 }
 
-TEST_F(FaultTest, DiskFillsUpAndEmptiesWhileUpdating) {
+TEST_F(StressFault, DiskFillsUpAndEmptiesWhileUpdating) {
   faultDuringUpdates(*this, file_, [&] { disk_->fill(); }, [&] { disk_->empty(); });
-  EXPECT_EQ(leftoverTempFiles(home_), std::vector<std::string>{});
+  EXPECT_EQ(temporaryFilesIn(home_), std::vector<std::string>{});
 }
 
-TEST_F(FaultTest, FolderTurnsReadOnlyAndBackWhileUpdating) {
+TEST_F(StressFault, FolderTurnsReadOnlyAndBackWhileUpdating) {
   ASSERT_EQ(runUpdates("Before", 1), 1U);  // the folder must exist before it can be mounted over
   faultDuringUpdates(
       *this, file_, [&] { ASSERT_TRUE(setReadOnly(home_, true)) << std::strerror(errno); },
       [&] { ASSERT_TRUE(setReadOnly(home_, false)) << std::strerror(errno); });
-  EXPECT_EQ(leftoverTempFiles(home_), std::vector<std::string>{});
-}
-
-// Permissions count only for an unprivileged user: the writer runs as a test account, in a folder
-// of its own whose write permission is taken away.
-TEST_F(FaultTest, AFolderWithoutWritePermissionKeepsTheFile) {
-  const auto &user = test::testAccount(test::Role::User);
-  const std::vector<std::string> asUser = test::runAs(user);
-  dir_.letEveryoneIn();
-  ASSERT_EQ(mkdir(home_.c_str(), 0755), 0);
-  ASSERT_EQ(chown(home_.c_str(), user.uid, user.gid), 0);
-  ASSERT_EQ(runUpdates("Before", 20, asUser), 20U);
-  const auto before = readIntegers(file_);
-  ASSERT_TRUE(before.has_value());
-  ASSERT_EQ(before->size(), 20U) << "nobody could not write its own folder";
-  const std::string bytes = fileBytes(file_);
-
-  ASSERT_EQ(chmod(home_.c_str(), 0555), 0);
-  runUpdates("During", 3, asUser);
-  runUpdates("Before", 1, asUser);
-  expectUnchanged(bytes, "read-only folder");
-
-  ASSERT_EQ(chmod(home_.c_str(), 0755), 0);
-  ASSERT_EQ(runUpdates("After", 1, asUser), 1U);
-  const auto after = readIntegers(file_);
-  ASSERT_TRUE(after.has_value());
-  EXPECT_EQ(after->count("After000"), 1U);
-  EXPECT_EQ(after->size(), 21U);
+  EXPECT_EQ(temporaryFilesIn(home_), std::vector<std::string>{});
 }
 
 }  // namespace
-}  // namespace nvx::stress
+}  // namespace nvx::test
 
 int main(int argc, char **argv) {
   // A mount namespace of this process's own, with no propagation back: the test's mounts stay
   // inside it and vanish with it.
   if (geteuid() != 0) {
-    nvx::stress::namespaceError = "not running as root";
+    nvx::test::namespaceError = "not running as root";
   } else if (unshare(CLONE_NEWNS) != 0) {
-    nvx::stress::namespaceError = std::string("unshare: ") + std::strerror(errno);
+    nvx::test::namespaceError = std::string("unshare: ") + std::strerror(errno);
   } else if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-    nvx::stress::namespaceError = std::string("making mounts private: ") + std::strerror(errno);
+    nvx::test::namespaceError = std::string("making mounts private: ") + std::strerror(errno);
   }
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();

@@ -12,7 +12,7 @@ namespace nvx::test {
 
 SettingsHome::SettingsHome() { env_.set("XDG_CONFIG_HOME", dir_.path()); }
 
-std::string SettingsHome::filePath() const { return dir_.file("com.norvane.MXR-K7autosetup.plist"); }
+std::string SettingsHome::filePath() const { return dir_.file(kSettingsFileName); }
 
 bool SettingsHome::exists() const { return std::filesystem::exists(filePath()); }
 
@@ -40,7 +40,7 @@ size_t SettingsHome::keyCount() const {
 }
 
 void SettingsHome::writeRaw(const std::string &bytes) const {
-  dir_.write("com.norvane.MXR-K7autosetup.plist", bytes);
+  dir_.write(kSettingsFileName, bytes);
 }
 
 void SettingsHome::writeIntegers(const std::map<std::string, int64_t> &values) const {
@@ -52,6 +52,16 @@ std::string integerPlistXml(const std::map<std::string, int64_t> &values) {
   for (const auto &[key, value] : values)
     entries += "\t<key>" + key + "</key>\n\t<integer>" + std::to_string(value) + "</integer>\n";
   return xmlPlist(entries);
+}
+
+std::vector<std::string> temporaryFilesIn(const std::string &folder) {
+  const std::string prefix = std::string(".") + kSettingsFileName + ".";
+  std::vector<std::string> names;
+  for (const auto &entry : std::filesystem::directory_iterator(folder)) {
+    const std::string name = entry.path().filename();
+    if (name.size() == prefix.size() + 6 && name.starts_with(prefix)) names.push_back(name);
+  }
+  return names;
 }
 
 }  // namespace nvx::test

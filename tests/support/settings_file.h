@@ -6,10 +6,13 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "support/scratch_dir.h"
 
 namespace nvx::test {
+
+inline constexpr const char *kSettingsFileName = "com.norvane.MXR-K7autosetup.plist";
 
 class SettingsHome {
  public:
@@ -33,5 +36,8 @@ class SettingsHome {
 
 // An XML property list holding the given integers.
 std::string integerPlistXml(const std::map<std::string, int64_t> &values);
+
+// Names of the update's temporary files (".com.norvane.MXR-K7autosetup.plist.XXXXXX") in `folder`.
+std::vector<std::string> temporaryFilesIn(const std::string &folder);
 
 }  // namespace nvx::test

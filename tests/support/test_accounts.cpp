@@ -1,11 +1,9 @@
 #include "support/test_accounts.h"
 
+#include "support/process.h"
+
 #include <grp.h>
 #include <pwd.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -15,21 +13,6 @@ namespace nvx::test {
 namespace {
 
 constexpr const char *kSharedGroup = "nvxtest-crew";
-
-// Runs a program to its end with no shell in between; its exit status.
-int run(const std::vector<std::string> &args) {
-  const pid_t pid = fork();
-  if (pid == 0) {
-    std::vector<char *> argv;
-    for (const auto &arg : args) argv.push_back(const_cast<char *>(arg.c_str()));
-    argv.push_back(nullptr);
-    execvp(argv[0], argv.data());
-    _exit(127);
-  }
-  int status = 0;
-  if (pid < 0 || waitpid(pid, &status, 0) != pid) return -1;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 gid_t ensureSharedGroup() {
   run({"groupadd", "--force", kSharedGroup});  // succeeds when the group is there already

@@ -2,12 +2,9 @@
 // on the wire, how each failure of a transfer or an open comes back, and the lifetime of libusb's
 // context and threads.
 #include <dirent.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <libusb.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -18,13 +15,12 @@
 #include <thread>
 #include <vector>
 
+#include "support/process.h"
 #include "support/scratch_dir.h"
 #include "usb/libusb_errors.h"
 #include "usb/mixer_identity.h"
 #include "usb/transport.h"
 #include "usb/usb_testbed.h"
-
-extern char **environ;
 
 namespace nvx::usb {
 namespace {
@@ -304,72 +300,19 @@ TEST_F(LibusbBackend, OpenOfAMixerUnpluggedSinceEnumerationIsNoDevice) {
   EXPECT_EQ(device->open(), kIOReturnNoDevice);
 }
 
-struct Spawned {
-  int status = -1;
-  std::string out;
-};
-
-// Runs a program with this process's environment (and so under the same testbed), capturing stdout.
-Spawned spawnAndWait(const std::vector<std::string> &args) {
-  std::vector<char *> argv;
-  for (const auto &arg : args) argv.push_back(const_cast<char *>(arg.c_str()));
-  argv.push_back(nullptr);
-  int pipeFds[2];
-  if (::pipe2(pipeFds, O_CLOEXEC) != 0) return {};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, pipeFds[1], STDOUT_FILENO);
-  pid_t pid = 0;
-  const int spawned = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  ::close(pipeFds[1]);
-  Spawned result;
-  if (spawned == 0) {
-    std::array<char, 256> chunk{};
-    ssize_t n = 0;
-    while ((n = ::read(pipeFds[0], chunk.data(), chunk.size())) > 0)
-      result.out.append(chunk.data(), static_cast<size_t>(n));
-    ::waitpid(pid, &result.status, 0);
-  }
-  ::close(pipeFds[0]);
-  return result;
-}
-
-std::string probeLine(IOReturn code) {
-  std::array<char, 32> line{};
-  std::snprintf(line.data(), line.size(), "open 0x%08X\n", static_cast<unsigned>(code));
-  return line.data();
-}
-
 TEST_F(LibusbBackend, OpenWithoutAccessToTheNodeIsNotPrivileged) {
   auto &mixer = addMixer(201, "1", 2);
   bed_.shareWithEveryone();
-  std::array<char, 16> id{};
-  std::snprintf(id.data(), id.size(), "%04x:%04x", kMixer.vendor, kMixer.product);
-
-  // As root (CI) the probe runs as nobody against a node only root may use; as an ordinary user it
-  // runs as that user against a node without any permission. Either way the kernel says EACCES.
-  const bool root = ::geteuid() == 0;
-  std::vector<std::string> command;
-  if (root) command = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
-  command.insert(command.end(), {NVX_USB_OPEN_PROBE, id.data()});
-
-  struct Case {
-    mode_t mode;
-    IOReturn code;
-  };
-  const std::vector<Case> cases = {
-      {0666, kIOReturnSuccess},  // the same run succeeds when the node allows it
-      {mode_t(root ? 0600 : 0000), kIOReturnNotPrivileged},
-  };
-  for (const auto &c : cases) {
-    SCOPED_TRACE(c.mode);
-    ASSERT_EQ(::chown(mixer.hostNode().c_str(), ::geteuid(), ::getegid()), 0);
-    ASSERT_EQ(::chmod(mixer.hostNode().c_str(), c.mode), 0);
-    const Spawned run = spawnAndWait(command);
-    ASSERT_TRUE(WIFEXITED(run.status)) << run.status;
-    EXPECT_EQ(WEXITSTATUS(run.status), 0) << run.out;
-    EXPECT_EQ(run.out, probeLine(c.code));
+  char id[16];
+  std::snprintf(id, sizeof id, "%04x:%04x", kMixer.vendor, kMixer.product);
+  // As a user of the tests' own (the tests run as root), against a node only root may use; the
+  // same run succeeds when the node allows it.
+  for (const auto &[mode, code] : {std::pair{mode_t{0666}, kIOReturnSuccess}, std::pair{mode_t{0600}, kIOReturnNotPrivileged}}) {
+    ASSERT_EQ(::chmod(mixer.hostNode().c_str(), mode), 0);
+    const auto run = test::run({NVX_CORE_HELPER, "open", id}, {.asUser = &test::testAccount(test::Role::User)});
+    char line[32];
+    std::snprintf(line, sizeof line, "open 0x%08X\n", static_cast<unsigned>(code));
+    EXPECT_EQ(run.out, line) << run.transcript();
   }
 }
 
