@@ -1,10 +1,9 @@
 #include "changes.h"
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 #include <variant>
 
+#include "support/document_file.h"
 #include "support/resend.h"
 #include "support/stored_settings.h"
 
@@ -68,10 +67,7 @@ ChangeReport exportTo(const std::string &path) {
     return report;
   }
   const auto exported = exportSettings(file);
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << documentText(exported.document);
-  out.close();
-  report.storedOk = static_cast<bool>(out);
+  report.storedOk = !writeDocumentFile(path, documentText(exported.document));
   report.count = exported.document.at("settings").size();
   report.skipped = exported.skipped.size();
   return report;
@@ -79,14 +75,12 @@ ChangeReport exportTo(const std::string &path) {
 
 ImportCheck checkImport(const std::string &path) {
   ImportCheck check;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  const auto read = readDocumentFile(path);
+  if (!read.ok()) {
     check.problem = ImportCheck::Problem::Unreadable;
     return check;
   }
-  std::stringstream text;
-  text << in.rdbuf();
-  const auto document = nlohmann::json::parse(text.str(), nullptr, false);
+  const auto document = nlohmann::json::parse(read.text, nullptr, false);
   if (document.is_discarded()) {
     check.problem = ImportCheck::Problem::NotJson;
     return check;
