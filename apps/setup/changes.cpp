@@ -33,6 +33,16 @@ ChangeReport fromOutcome(const nvx::support::ChangeReport &outcome, size_t count
   return report;
 }
 
+// The settings file for a change that only reads it (re-apply, export); none, with the report saying
+// why, when it cannot be read.
+std::optional<StoredSettings> readableFile(ChangeReport &report) {
+  report.storeInvolved = false;
+  auto file = StoredSettings::read();
+  if (file.state() != StoredSettings::State::Unreadable) return file;
+  report.problem = file.unreadableReason();
+  return std::nullopt;
+}
+
 }  // namespace
 
 size_t ChangeReport::took() const {
@@ -46,13 +56,9 @@ ChangeReport setValue(const Setting &setting, const Args &args, const Values &va
 
 ChangeReport reapplyStored() {
   ChangeReport report;
-  report.storeInvolved = false;
-  const auto file = StoredSettings::read();
-  if (file.state() == StoredSettings::State::Unreadable) {
-    report.problem = file.unreadableReason();
-    return report;
-  }
-  const auto held = heldSettings(file);
+  const auto file = readableFile(report);
+  if (!file) return report;
+  const auto held = heldSettings(*file);
   report = fromOutcome(sendSettings(held.valid), held.valid.size());
   report.skipped = held.skipped.size();
   return report;
@@ -60,13 +66,9 @@ ChangeReport reapplyStored() {
 
 ChangeReport exportTo(const std::string &path) {
   ChangeReport report;
-  report.storeInvolved = false;
-  const auto file = StoredSettings::read();
-  if (file.state() == StoredSettings::State::Unreadable) {
-    report.problem = file.unreadableReason();
-    return report;
-  }
-  const auto exported = exportSettings(file);
+  const auto file = readableFile(report);
+  if (!file) return report;
+  const auto exported = exportSettings(*file);
   report.storedOk = !writeDocumentFile(path, documentText(exported.document));
   report.count = exported.document.at("settings").size();
   report.skipped = exported.skipped.size();
