@@ -72,7 +72,7 @@ void BM_StoreUpdate(benchmark::State &state) {
   const Settings settings(static_cast<uint32_t>(state.range(0)));
   int32_t value = 0;
   for (auto _ : state) {
-    nvx::store::StoreAutoSetupValue(padMode().key, value);
+    nvx::store::StoreAutoSetupValue(padModeKey(), value);
     value = (value + 1) % 3;
   }
 }

@@ -1,3 +1,5 @@
+/* SPDX-License-Identifier: MIT
+ * Copyright (c) 2024-2026 Norvane */
 /* Tells whether an MXR-K7 is connected and shows its firmware, input selectors and Serato state.
  *
  * Build: cc mixer_status.c $(pkg-config --cflags --libs NorvaneMXRK7Setup) -o mixer_status

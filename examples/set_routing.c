@@ -1,3 +1,5 @@
+/* SPDX-License-Identifier: MIT
+ * Copyright (c) 2024-2026 Norvane */
 /* Chooses the mixer signal that feeds one USB audio channel, and shows the warning in the user's
  * language when a deck's input selector does not fit the choice.
  *

@@ -1,3 +1,5 @@
+/* SPDX-License-Identifier: MIT
+ * Copyright (c) 2024-2026 Norvane */
 /* Prints every routing and boost level change that a program using the library makes (this one
  * included), until Ctrl-C.
  *

@@ -1,3 +1,5 @@
+/* SPDX-License-Identifier: MIT
+ * Copyright (c) 2024-2026 Norvane */
 /**
  * @mainpage NorvaneMXRK7Setup: the C interface
  *

@@ -1,10 +1,9 @@
 #include "changes.h"
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 #include <variant>
 
+#include "support/document_file.h"
 #include "support/resend.h"
 #include "support/stored_settings.h"
 
@@ -34,6 +33,16 @@ ChangeReport fromOutcome(const nvx::support::ChangeReport &outcome, size_t count
   return report;
 }
 
+// The settings file for a change that only reads it (re-apply, export); none, with the report saying
+// why, when it cannot be read.
+std::optional<StoredSettings> readableFile(ChangeReport &report) {
+  report.storeInvolved = false;
+  auto file = StoredSettings::read();
+  if (file.state() != StoredSettings::State::Unreadable) return file;
+  report.problem = file.unreadableReason();
+  return std::nullopt;
+}
+
 }  // namespace
 
 size_t ChangeReport::took() const {
@@ -47,13 +56,9 @@ ChangeReport setValue(const Setting &setting, const Args &args, const Values &va
 
 ChangeReport reapplyStored() {
   ChangeReport report;
-  report.storeInvolved = false;
-  const auto file = StoredSettings::read();
-  if (file.state() == StoredSettings::State::Unreadable) {
-    report.problem = file.unreadableReason();
-    return report;
-  }
-  const auto held = heldSettings(file);
+  const auto file = readableFile(report);
+  if (!file) return report;
+  const auto held = heldSettings(*file);
   report = fromOutcome(sendSettings(held.valid), held.valid.size());
   report.skipped = held.skipped.size();
   return report;
@@ -61,17 +66,10 @@ ChangeReport reapplyStored() {
 
 ChangeReport exportTo(const std::string &path) {
   ChangeReport report;
-  report.storeInvolved = false;
-  const auto file = StoredSettings::read();
-  if (file.state() == StoredSettings::State::Unreadable) {
-    report.problem = file.unreadableReason();
-    return report;
-  }
-  const auto exported = exportSettings(file);
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << documentText(exported.document);
-  out.close();
-  report.storedOk = static_cast<bool>(out);
+  const auto file = readableFile(report);
+  if (!file) return report;
+  const auto exported = exportSettings(*file);
+  report.storedOk = !writeDocumentFile(path, documentText(exported.document));
   report.count = exported.document.at("settings").size();
   report.skipped = exported.skipped.size();
   return report;
@@ -79,14 +77,12 @@ ChangeReport exportTo(const std::string &path) {
 
 ImportCheck checkImport(const std::string &path) {
   ImportCheck check;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  const auto read = readDocumentFile(path);
+  if (!read.ok()) {
     check.problem = ImportCheck::Problem::Unreadable;
     return check;
   }
-  std::stringstream text;
-  text << in.rdbuf();
-  const auto document = nlohmann::json::parse(text.str(), nullptr, false);
+  const auto document = nlohmann::json::parse(read.text, nullptr, false);
   if (document.is_discarded()) {
     check.problem = ImportCheck::Problem::NotJson;
     return check;

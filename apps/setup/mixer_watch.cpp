@@ -4,14 +4,14 @@
 
 #include <cstdlib>
 
-#include "file_watch.h"
+#include "support/file_watch.h"
 #include "support/program_environment.h"
 
 namespace mxrk7setup {
 
 struct MixerWatch::Source {
   std::function<void()> changed;
-  std::unique_ptr<FileWatch> file;  // virtual mixers
+  std::unique_ptr<nvx::support::FileWatch> file;  // virtual mixers
   GUdevClient *udev = nullptr;      // real ones
 
   static void onUevent(GUdevClient *, const gchar *, GUdevDevice *, gpointer self) {
@@ -22,7 +22,7 @@ struct MixerWatch::Source {
 MixerWatch::MixerWatch(std::function<void()> changed) : source_(std::make_unique<Source>()) {
   source_->changed = std::move(changed);
   if (nvx::support::usingVirtualMixers()) {
-    source_->file = std::make_unique<FileWatch>(std::getenv("MXRK7_VIRTUAL_MIXERS"), source_->changed);
+    source_->file = std::make_unique<nvx::support::FileWatch>(std::getenv("MXRK7_VIRTUAL_MIXERS"), source_->changed);
     return;
   }
   // Whole USB devices only (not their interfaces): one event per plug or unplug.

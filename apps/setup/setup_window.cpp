@@ -120,7 +120,7 @@ SetupWindow::SetupWindow()
   rows_.refresh();
   refreshMixers();
   const std::string path = StoredSettings::read().path();
-  settingsWatch_ = std::make_unique<FileWatch>(path, [this] { settingsFileChanged(); });
+  settingsWatch_ = std::make_unique<nvx::support::FileWatch>(path, [this] { settingsFileChanged(); });
   mixerWatch_ = std::make_unique<MixerWatch>([this] { refreshMixers(); });
   NVX_RegisterInputAudioChangedCallback(nvx::support::productId(), onInputAudioChanged, this);
   NVX_RegisterBoostLevelChangedCallback(nvx::support::productId(), onBoostLevelChanged, this);

@@ -21,7 +21,7 @@
 #include <vector>
 
 #include "changes.h"
-#include "file_watch.h"
+#include "support/file_watch.h"
 #include "mixer_page.h"
 #include "mixer_watch.h"
 #include "setting_rows.h"
@@ -107,7 +107,7 @@ class SetupWindow : public Gtk::Window {
   AdwToast *currentToast_ = nullptr;
   std::optional<Undo> undo_;
   std::string lastToast_;
-  std::unique_ptr<FileWatch> settingsWatch_;
+  std::unique_ptr<nvx::support::FileWatch> settingsWatch_;
   std::unique_ptr<MixerWatch> mixerWatch_;
   Glib::RefPtr<Gtk::FileChooserNative> chooser_;
 };

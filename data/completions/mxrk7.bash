@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2024-2026 Norvane
 # bash completion of mxrk7. The tool itself answers (mxrk7 __complete), so verbs, settings, their
 # arguments and values are always those of the installed version.
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <mutex>
 
 namespace nvx::store {
@@ -33,6 +34,12 @@ std::optional<Account> accountOf(uid_t uid) {
   if (!lookUp(entry, buffer, [uid](passwd *e, char *b, size_t n, passwd **f) { return ::getpwuid_r(uid, e, b, n, f); }))
     return std::nullopt;
   return Account{entry.pw_name ? entry.pw_name : "", entry.pw_gid, entry.pw_dir ? entry.pw_dir : ""};
+}
+
+std::string homeFolder() {
+  if (const char *home = std::getenv("HOME"); home && home[0] == '/') return home;
+  const auto account = accountOf(::getuid());
+  return account ? account->home : std::string();
 }
 
 std::optional<Group> groupOf(gid_t gid) {

@@ -17,6 +17,11 @@ struct Account {
 
 std::optional<Account> accountOf(uid_t uid);
 
+// The user's home folder: $HOME when it is an absolute path, else the password database's entry of
+// the real user; empty when neither tells. The one rule for the settings file's folder and for the
+// programs' own folders (the demo settings of --virtual, the user's units).
+std::string homeFolder();
+
 struct Group {
   std::string name;
   std::vector<std::string> members;  // listed as members (primary members are not listed)

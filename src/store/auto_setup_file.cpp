@@ -133,14 +133,9 @@ std::string GetAutoSetupFilePath() {
   if (xdg && xdg[0] == '/') {
     home = xdg;
   } else {
-    const char *userHome = std::getenv("HOME");
-    if (userHome && userHome[0] != '\0') {
-      home = std::string(userHome) + "/.config";
-    } else {
-      const auto account = accountOf(::getuid());
-      if (!account || account->home.empty()) return {};
-      home = account->home + "/.config";
-    }
+    const std::string userHome = homeFolder();
+    if (userHome.empty()) return {};
+    home = userHome + "/.config";
   }
   while (home.size() > 1 && home.back() == '/') home.pop_back();
   if (home == "/") home.clear();

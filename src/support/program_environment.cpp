@@ -1,12 +1,12 @@
 #include "support/program_environment.h"
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
+#include "store/accounts.h"
 #include "store/data_root.h"
 
 namespace fs = std::filesystem;
@@ -22,12 +22,6 @@ bool isSet(const char *name) {
 
 }  // namespace
 
-std::string homeFolder() {
-  if (const char *home = std::getenv("HOME"); home && home[0] == '/') return home;
-  if (const passwd *entry = ::getpwuid(::getuid()); entry && entry->pw_dir) return entry->pw_dir;
-  return {};
-}
-
 std::string installPrefix() { return store::programPrefix(); }
 
 std::string demoMixersPath() {
@@ -42,7 +36,7 @@ std::string demoConfigHome() {
   if (state && state[0] == '/') {
     base = state;
   } else {
-    const std::string home = homeFolder();
+    const std::string home = store::homeFolder();
     if (home.empty()) return {};
     base = fs::path(home) / ".local" / "state";
   }

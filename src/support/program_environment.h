@@ -8,10 +8,6 @@
 
 namespace nvx::support {
 
-// The user's home folder: $HOME when it is absolute, else the password database; empty when
-// neither tells.
-std::string homeFolder();
-
 // The prefix the running program is installed in (or the build tree, laid out alike), found from
 // the program's own path. Empty when /proc/self/exe cannot be read.
 std::string installPrefix();

@@ -44,18 +44,18 @@ Domain itemDomain(uint32_t count) {
   return domain;
 }
 
-Param paramView(const tables::ParamSpec &spec) {
-  switch (spec.kind) {
+Param paramView(const tables::ParamSpec &described) {
+  switch (described.kind) {
     case tables::Param::Channel:
-      return {"channel", rangeDomain(0, spec.count - 1)};
+      return {"channel", rangeDomain(0, described.count - 1)};
     case tables::Param::Bank:
-      return {"bank", bankDomain(spec.count)};
+      return {"bank", bankDomain(described.count)};
     case tables::Param::Position:
-      return {"position", positionDomain(spec.count)};
+      return {"position", positionDomain(described.count)};
     case tables::Param::Item:
       break;
   }
-  return {"item", itemDomain(spec.count)};
+  return {"item", itemDomain(described.count)};
 }
 
 // Callers may name only the parameters up to the one a field depends on; the descriptors read every
@@ -66,18 +66,18 @@ Args padded(Args args, size_t count) {
 }
 
 // A field's values for an instance: its menu (each index also taken as a plain number) or its range.
-Field fieldView(const tables::FieldSpec &spec, size_t paramCount) {
-  auto domain = [&spec, paramCount](const Args &given) {
+Field fieldView(const tables::FieldSpec &described, size_t paramCount) {
+  auto domain = [&described, paramCount](const Args &given) {
     const Args args = padded(given, paramCount);
     // A field with a menu for some instances only (the beat FX value: a menu of effects for the
     // type, plain numbers for the depth and beat).
-    if (!spec.text || !spec.text(args, 0)) return rangeDomain(0, spec.last(args));
-    const uint32_t last = spec.last(args);
-    return menuDomain([&](uint32_t index) { return index <= last ? spec.text(args, index) : nullptr; });
+    if (!described.text || !described.text(args, 0)) return rangeDomain(0, described.last(args));
+    const uint32_t last = described.last(args);
+    return menuDomain([&](uint32_t index) { return index <= last ? described.text(args, index) : nullptr; });
   };
   std::optional<size_t> dependsOn;
-  if (spec.dependsOn >= 0) dependsOn = static_cast<size_t>(spec.dependsOn);
-  return {std::string(spec.name), domain, dependsOn, spec.onOff};
+  if (described.dependsOn >= 0) dependsOn = static_cast<size_t>(described.dependsOn);
+  return {std::string(described.name), domain, dependsOn, described.onOff};
 }
 
 std::vector<Setting> makeTable() {

@@ -86,6 +86,7 @@ TEST(StoreFilePath, FollowsTheXdgRules) {
       {"no XDG_CONFIG_HOME", std::nullopt, "/home/u", "/home/u/.config"},
       {"no HOME either", std::nullopt, std::nullopt, databaseConfig},
       {"empty HOME", "relative", "", databaseConfig},
+      {"relative HOME ignored", std::nullopt, "home/u", databaseConfig},
   };
   for (const auto &c : cases) {
     SCOPED_TRACE(c.name);

@@ -9,6 +9,7 @@
 #include "bounded_command.h"
 #include "environment.h"
 #include "install_layout.h"
+#include "store/accounts.h"
 #include "store/safe_file.h"
 #include "support/program_environment.h"
 
@@ -25,7 +26,7 @@ constexpr size_t kMaxUnitBytes = 64 * 1024;
 // per-user folders as the manager of a login session sees them).
 std::vector<fs::path> searchPath() {
   std::vector<fs::path> folders;
-  const std::string home = nvx::support::homeFolder();
+  const std::string home = nvx::store::homeFolder();
   if (!home.empty()) folders.push_back(fs::path(home) / ".config/systemd/user");
   folders.insert(folders.end(), {"/etc/xdg/systemd/user", "/etc/systemd/user"});
   if (const char *runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && runtime[0] == '/')

@@ -3,19 +3,13 @@
 #include <NorvaneMXRK7Setup.h>
 #include <fmt/format.h>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstring>
 #include <memory>
 
 #include "change_output.h"
 #include "setting_values.h"
-#include "store/durable_file.h"
-#include "store/file_paths.h"
-#include "store/safe_file.h"
+#include "support/document_file.h"
 #include "support/settings_document.h"
 #include "verbs.h"
 
@@ -46,26 +40,7 @@ std::string displayName(const std::string &file) { return isStdio(file) ? "stand
 // keeping its mode: a full disk or a crash leaves the previous export as it was. Anything else (a
 // terminal, a pipe, /dev/stdout) is written directly.
 void writeDocument(const std::string &file, const std::string &text) {
-  namespace store = nvx::store;
-  struct stat info {};
-  const bool exists = ::stat(file.c_str(), &info) == 0;
-  const bool missing = !exists && errno == ENOENT;
-  const bool device = file.starts_with("/dev/") || file.starts_with("/proc/");
-  if (!device && (missing || (exists && S_ISREG(info.st_mode)))) {
-    const auto target = store::realFileOf(file);
-    if (!target) cannotWrite(file, ELOOP);
-    const store::Fd folder(::open(store::parentOf(*target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder.valid()) cannotWrite(file, errno);
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    const store::Replacement replacement{folder.get(), store::baseNameOf(*target), text,
-                                         exists ? info.st_mode : (0666 & ~mask),
-                                         exists ? store::ownerToKeep(info) : std::nullopt};
-    if (const auto failure = store::replaceDurably(replacement)) cannotWrite(file, failure->error);
-    return;
-  }
-  store::Fd out(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0666));
-  if (!out.valid() || !store::writeAll(out.get(), text) || !out.close()) cannotWrite(file, errno);
+  if (const auto error = support::writeDocumentFile(file, text)) cannotWrite(file, *error);
 }
 
 Exit exportVerb(Context &context, const TransferOptions &options) {
@@ -105,22 +80,15 @@ Exit exportVerb(Context &context, const TransferOptions &options) {
 // Standard input, a pipe or a file, up to a size no settings document comes near (so that
 // `import /dev/zero` ends).
 std::string readDocument(const std::string &file) {
-  constexpr size_t kMaxDocumentBytes = 1024 * 1024;
-  nvx::store::Fd opened;
-  if (!isStdio(file)) {
-    opened = nvx::store::Fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-    if (!opened.valid())
-      throw Failure(Exit::Failure, fmt::format("cannot read {}: {}", file, std::strerror(errno)), {{"path", file}});
-  }
-  const auto read = nvx::store::readCapped(isStdio(file) ? STDIN_FILENO : opened.get(), kMaxDocumentBytes);
-  if (read.failure == nvx::store::ReadFailure::TooLarge)
+  auto read = support::readDocumentFile(file);
+  if (read.tooLarge)
     throw Failure(Exit::Failure, fmt::format("{} is larger than 1 MiB, which no settings document is; nothing was changed",
                                              displayName(file)),
                   {{"path", file}});
   if (!read.ok())
-    throw Failure(Exit::Failure, fmt::format("cannot read {}: {}", displayName(file), std::strerror(errno)),
+    throw Failure(Exit::Failure, fmt::format("cannot read {}: {}", displayName(file), std::strerror(read.error)),
                   {{"path", file}});
-  return read.bytes;
+  return std::move(read.text);
 }
 
 nlohmann::json parseDocument(const std::string &file, const std::string &text) {

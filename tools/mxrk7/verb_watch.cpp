@@ -14,7 +14,8 @@
 
 #include "setting_values.h"
 #include "support/session_bus.h"
-#include "support/settings_watch.h"
+#include "store/auto_setup_file.h"
+#include "support/file_watch.h"
 #include "verbs.h"
 
 namespace mxrk7 {
@@ -99,14 +100,15 @@ Exit watch(Context &context) {
   });
   if (!watchdog.connected()) throw Failure(Exit::Failure, "the session bus does not answer");
   readFile(watcher, true);
-  const nvx::support::SettingsFileWatch files([&watcher] { readFile(watcher, false); });
+  const std::string settingsFile = nvx::store::GetAutoSetupFilePath();
+  const nvx::support::FileWatch files(settingsFile, [&watcher] { readFile(watcher, false); });
   const guint interrupt = g_unix_signal_add(SIGINT, quit, loop.get());
   const guint terminate = g_unix_signal_add(SIGTERM, quit, loop.get());
   if (NVX_RegisterInputAudioChangedCallback(0, onRoutingChanged, &watcher) != NVX_OK ||
       NVX_RegisterBoostLevelChangedCallback(0, onBoostChanged, &watcher) != NVX_OK)
     throw Failure(Exit::Refused, "the library refused to register the change callbacks");
-  context.out.note(fmt::format("watching every setting (the settings file in {}, and the session bus); Ctrl-C ends",
-                               files.folder()));
+  context.out.note(fmt::format("watching every setting (the settings file {}, and the session bus); Ctrl-C ends",
+                               settingsFile));
   g_main_loop_run(loop.get());
   NVX_UnregisterInputAudioChangedCallback(0);
   NVX_UnregisterBoostLevelChangedCallback(0);

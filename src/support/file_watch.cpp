@@ -1,9 +1,9 @@
-#include "file_watch.h"
+#include "support/file_watch.h"
 
 #include <algorithm>
 #include <filesystem>
 
-namespace mxrk7setup {
+namespace nvx::support {
 
 namespace {
 
@@ -81,4 +81,4 @@ gboolean FileWatch::onQuiet(gpointer data) {
   return G_SOURCE_REMOVE;
 }
 
-}  // namespace mxrk7setup
+}  // namespace nvx::support

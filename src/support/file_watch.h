@@ -1,6 +1,6 @@
 // Watches one file for changes made by any program: the settings file (so a change from the tool,
-// another application or an import shows at once) and the virtual mixers' description (so a demo
-// or a test can plug and unplug). Files are replaced by renaming a new file over them, so the
+// another application or an import shows at once in the setup application and in `mxrk7 watch`)
+// and the virtual mixers' description (so a demo or a test can plug and unplug). Files are replaced by renaming a new file over them, so the
 // folder is watched, not the file: the folder of the real file when the path is a symbolic link,
 // and the link's own folder too. A folder that does not exist yet is waited for in its parent.
 #pragma once
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace mxrk7setup {
+namespace nvx::support {
 
 class FileWatch {
  public:
@@ -34,4 +34,4 @@ class FileWatch {
   guint pending_ = 0;  // the burst timer
 };
 
-}  // namespace mxrk7setup
+}  // namespace nvx::support
