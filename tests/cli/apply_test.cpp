@@ -46,7 +46,7 @@ INSTANTIATE_TEST_SUITE_P(
         ApplyCase{"everyKindOnce",
                   {{"MaxLevel", 1}, {"Output1", 3}, {"PADMode", 2}, {"BANKA_FILTER", 0x0340}, {"BFX_BANKB3_1", 0x59C0},
                    {"CHFADERBANK_B", 0x2001}, {"TAIL_TEMP", 0x2001}, {"PopUp", 3}},
-                  {R"(beat-fx{"bank":"B","item":"depth","position":4})", R"(beat-fx-tail{"bank":"temporary"})", "boost{}",
+                  {R"(beat-fx-tail{"bank":"temporary"})", R"(beat-fx{"bank":"B","item":"depth","position":4})", "boost{}",
                    R"(channel-fader{"bank":"temporary"})", R"(fx-filter{"bank":"A"})", "pad-mode{}",
                    R"(routing{"channel":1})"},
                   {}},

@@ -130,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
                   ::chmod(folder.path().c_str(), 0755);
                   t.env.set("XDG_CONFIG_HOME", folder.path());
                 },
-                5, "settings file", {"problem"}, {"changes cannot be stored: the folder /"}},
+                5, "settings file", {"problem", "note"}, {"changes cannot be stored: the folder /"}},
         Finding{"valuesOnlyTheBinaryFormatHolds",
                 [](ToolDoctor &t) {
                   BinaryPlistBuilder b;
@@ -204,7 +204,7 @@ INSTANTIATE_TEST_SUITE_P(
                 0, "user unit", {"note"}, {"systemctl --user unmask"}, {"your service manager:"}},
         // The build tree's rule is staged, not installed, unless the machine has one of its own.
         Finding{"udevRule", [](ToolDoctor &) {}, 0, "udev rule", {}, {"70-mxrk7.rules"}},
-        Finding{"noDriverNeeded", [](ToolDoctor &) {}, 0, "driver", {"ok"}, {"none needed"}}),
+        Finding{"noDriverNeeded", [](ToolDoctor &) {}, 0, "driver", {"note"}, {"none needed"}}),
     [](const auto &test) { return std::string(test.param.name); });
 
 // The text report says what --json says: one line per check, the fix on the same line, and the

@@ -62,10 +62,13 @@ bool writeOnce(const std::string &path, const std::string &text) {
 
 }  // namespace
 
-nlohmann::json Finished::json() const {
-  auto doc = nlohmann::json::parse(out, nullptr, false);
-  EXPECT_FALSE(doc.is_discarded()) << "not one JSON document:\n" << transcript();
-  return doc.is_discarded() ? nlohmann::json() : doc;
+const nlohmann::json &Finished::json() const {
+  if (!parsed_) {
+    auto doc = nlohmann::json::parse(out, nullptr, false);
+    EXPECT_FALSE(doc.is_discarded()) << "not one JSON document:\n" << transcript();
+    parsed_ = doc.is_discarded() ? nlohmann::json() : std::move(doc);
+  }
+  return *parsed_;
 }
 
 std::vector<std::string> Finished::lines() const {
