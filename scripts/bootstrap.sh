@@ -15,6 +15,7 @@ packages=(
   systemd                                # systemd-analyze verify of the user unit
   groff-base                             # renders the manual page in the tool's tests
   valgrind
+  strace                                 # traces the settings update's system calls (durability test)
   doxygen                                # the API reference (graphviz is not used)
   libexpat1-dev                          # the settings file's XML reader
   passwd                                 # useradd: the store tests' own unprivileged accounts

@@ -23,12 +23,11 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
 # Each area: the programs its tests need, and the CTest labels of its tests.
 AREAS = {
-    "library": (["api_test", "usb_protocol_test"], "api"),
-    "store": (["store_tests", "store_probe", "stress_faults_test", "stress_store"], "store|stress"),
-    "notify": (["nvx_notify_tests", "nvx_notify_api_tests", "nvx_notify_listener", "nvx_notify_poster"], "notify"),
-    "tool": (["mxrk7", "cli_tests", "support_tests"], "cli"),
+    "library": (["library_tests", "core_tests"], "api"),
+    "store": (["core_tests", "core_helper", "stress_tests"], "store|stress"),
+    "notify": (["library_tests", "core_tests", "api_helper"], "notify"),
+    "tool": (["mxrk7", "core_tests"], "cli"),
 }
-
 
 @dataclass
 class Fault:
