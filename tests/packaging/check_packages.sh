@@ -89,4 +89,4 @@ for example in "$here"/../../examples/*.c; do
     $(pkg-config --cflags --libs NorvaneMXRK7Setup glib-2.0) || fail "example $(basename "$example")"
 done
 
-echo "package check passed: ${#debs[@]} packages without a lintian error, installed, used and purged"
+echo "package check passed: ${#debs[@]} packages without a lintian error, installed and used (purged again on exit)"
