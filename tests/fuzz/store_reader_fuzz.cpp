@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "store/plist_limits.h"
 #include "store/plist_reader.h"
 #include "store/plist_writer.h"
 #include "support/plist_integers.h"
