@@ -11,16 +11,6 @@
 #include "support/binary_plist.h"
 #include "support/crafted_files.h"
 
-namespace nvx::store {
-
-// Failure messages show a value as the writer would write it.
-void PrintTo(const PlistValue &value, std::ostream *os) {
-  const auto xml = plistXml(value);
-  *os << (std::holds_alternative<std::string>(xml) ? std::get<std::string>(xml) : "(a value XML cannot hold)");
-}
-
-}  // namespace nvx::store
-
 namespace {
 
 using namespace nvx::store;
