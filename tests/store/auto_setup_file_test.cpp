@@ -123,8 +123,9 @@ TEST(StoreUpdate, ReadsMakeNothingNewFilesArePrivateAndAnExistingFileKeepsItsMod
 TEST(StoreUpdate, ForeignValuesSurviveUpdatesExactlyInAnyLocale) {
   const std::string foreign = xmlPlist(
       "<key>Real</key><real>1.75</real>\n<key>Sum</key><real>0.30000000000000004</real>\n"
-      "<key>Huge</key><integer>18446744073709551615</integer>\n<key>Least</key><integer>-9223372036854775808</integer>\n"
-      "<key>Tiny</key><real>5e-324</real>\n<key>Zero</key><real>-0</real>\n<key>Old</key><date>0001-01-01T00:00:00Z</date>\n"
+      "<key>Huge</key><integer>18446744073709551615</integer>\n"
+      "<key>Least</key><integer>-9223372036854775808</integer>\n<key>Tiny</key><real>5e-324</real>\n"
+      "<key>Zero</key><real>-0</real>\n<key>Old</key><date>0001-01-01T00:00:00Z</date>\n"
       "<key>Infinite</key><real>-infinity</real>\n<key>NotANumber</key><real>nan</real>\n"
       "<key>Date</key><date>1999-12-31T23:59:59Z</date>\n<key>Data</key><data>AAH/</data>\n"
       "<key>Text</key><string>Gr\xC3\xBC\xC3\x9F" "e &lt;&amp;&gt; &#13;</string>\n<key>Flag</key><true/>\n"

@@ -173,7 +173,8 @@ const std::vector<TrustRow> &rows() {
          EXPECT_EQ(ownerOf(p.base.file("home/.config")).uid, p.user.uid);
          EXPECT_EQ(ownerOf(p.config), (Owned{p.user.uid, p.user.gid, 0700}));
        }},
-      {"root, a user's folder holding a file of root's", Caller::Root, [](Place &p) { p.ownFolderHolding(p.file(), 0); },
+      {"root, a user's folder holding a file of root's", Caller::Root,
+       [](Place &p) { p.ownFolderHolding(p.file(), 0); },
        "not stored: file not yours"},
       {"root, a user's folder, the user's group not at hand", Caller::RootWithoutTheUsersGroup,
        [](Place &p) { p.folder(p.config, 0700, p.user.uid, 0); }, "not stored: owner could not be set",

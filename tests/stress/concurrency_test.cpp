@@ -56,7 +56,8 @@ TEST(StressConcurrency, SimultaneousWritersLoseNoKeyAndReadersNeverSeeABrokenFil
   for (auto &reader : readers) {
     const auto summary = reader->finish(60s).out;
     long count = 0, unreadable = -1, shrank = -1;
-    ASSERT_EQ(std::sscanf(summary.c_str(), "reads %ld unreadable %ld shrank %ld", &count, &unreadable, &shrank), 3) << summary;
+    ASSERT_EQ(std::sscanf(summary.c_str(), "reads %ld unreadable %ld shrank %ld", &count, &unreadable, &shrank), 3)
+        << summary;
     EXPECT_GT(count, 0);
     EXPECT_EQ(unreadable, 0) << "a reader found the file unreadable";
     EXPECT_EQ(shrank, 0) << "a reader saw keys disappear";

@@ -49,7 +49,8 @@ void fill(const std::string &folder, off_t leave) {
 // Makes `folder` a read-only bind mount of itself.
 void mountReadOnly(const std::string &folder) {
   ASSERT_EQ(mount(folder.c_str(), folder.c_str(), nullptr, MS_BIND, nullptr), 0) << std::strerror(errno);
-  ASSERT_EQ(mount(nullptr, folder.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr), 0) << std::strerror(errno);
+  ASSERT_EQ(mount(nullptr, folder.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr), 0)
+      << std::strerror(errno);
 }
 
 struct Fault {
@@ -69,7 +70,8 @@ TEST_P(StressFault, FileStaysWholeAndUpdatesResumeAfterwards) {
   const std::string disk = dir.file("disk"), home = disk + "/config", file = home + "/" + kSettingsFileName;
   ASSERT_EQ(mkdir(disk.c_str(), 0755), 0);
   ASSERT_EQ(mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=256k,mode=0755"), 0) << std::strerror(errno);
-  const std::unique_ptr<const char, void (*)(const char *)> unmount(disk.c_str(), [](const char *p) { umount2(p, MNT_DETACH); });
+  const auto detach = [](const char *path) { umount2(path, MNT_DETACH); };
+  const std::unique_ptr<const char, decltype(detach)> unmount(disk.c_str(), detach);
   EnvGuard env;
   env.set("XDG_CONFIG_HOME", home);
   ASSERT_EQ(run({NVX_CORE_HELPER, "update", "Seed", "200"}).exitCode, 0);

@@ -147,7 +147,8 @@ TEST_F(LibusbBackend, EveryOutcomeOfATransferReachesTheCaller) {
     EXPECT_EQ(moved, c.moved);
     EXPECT_EQ(buffer, c.buffer);
     const auto low = static_cast<uint8_t>(wIndex);
-    const SetupBytes read{0xC0, 0x00, 0x07, 0x02, low, 0x80, 0x02, 0x00}, write{0x40, 0x03, 0x07, 0x02, low, 0x80, 0x00, 0x00};
+    const SetupBytes read{0xC0, 0x00, 0x07, 0x02, low, 0x80, 0x02, 0x00};
+    const SetupBytes write{0x40, 0x03, 0x07, 0x02, low, 0x80, 0x00, 0x00};
     EXPECT_EQ(mixer.requests().back(), c.read ? read : write);
     if (c.fault == UsbFault::Timeout) {  // the transfer gives up after its one second, not at once
       EXPECT_GE(elapsed, std::chrono::milliseconds(950));

@@ -23,9 +23,10 @@ namespace {
 
 constexpr size_t kSetupSize = 8;
 
-std::string formatted(const char *format, unsigned number) {
+// Three decimal digits (a bus or device number in a node's path) or four hex digits (an identity).
+std::string digits(unsigned number, bool hex) {
   char text[16];
-  std::snprintf(text, sizeof text, format, number);
+  std::snprintf(text, sizeof text, hex ? "%04x" : "%03u", number);
   return text;
 }
 
@@ -215,10 +216,10 @@ MockUsbDevice &UsbTestbed::add(uint8_t bus, const std::string &ports, uint8_t ad
     if (hub == syspaths_.end()) throw std::logic_error("add the hub of " + sysName + " first");
     parent = hub->second;
   }
-  const std::string node = "/dev/bus/usb/" + formatted("%03u", bus) + "/" + formatted("%03u", address);
+  const std::string node = "/dev/bus/usb/" + digits(bus, false) + "/" + digits(address, false);
 
   const std::string busnum = busText, devnum = std::to_string(address);
-  const std::string vendorText = formatted("%04x", vendor), productText = formatted("%04x", product);
+  const std::string vendorText = digits(vendor, true), productText = digits(product, true);
   const gchar *attributes[] = {"busnum",    busnum.c_str(),        "devnum", devnum.c_str(), "speed",
                                "480",       "bConfigurationValue", "1",      "idVendor",     vendorText.c_str(),
                                "idProduct", productText.c_str(),   nullptr};
@@ -257,7 +258,8 @@ void UsbTestbed::shareWithEveryone() const {
   std::error_code ignored;
   for (auto it = fs::recursive_directory_iterator(root_, ignored); it != fs::recursive_directory_iterator();
        it.increment(ignored))
-    if (!it->is_symlink(ignored) && (it->is_directory(ignored) || it->is_socket(ignored))) chmod(it->path().c_str(), 0777);
+    if (!it->is_symlink(ignored) && (it->is_directory(ignored) || it->is_socket(ignored)))
+      chmod(it->path().c_str(), 0777);
 }
 
 }  // namespace nvx::test
