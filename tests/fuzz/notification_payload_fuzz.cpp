@@ -35,11 +35,12 @@ const char *pick(FuzzedDataProvider &in, const std::array<const char *, N> &choi
   return choices[in.ConsumeIntegralInRange<size_t>(0, N - 1)];
 }
 
-// A name or a key: mostly one the reader knows, else any text (sd-bus refuses what is not UTF-8).
+// A name or a key: mostly one the reader knows, else any text (sd-bus refuses what is not UTF-8, and
+// takes a C string: what follows a NUL byte never reaches the message).
 std::string text(FuzzedDataProvider &in) {
   static constexpr std::array<const char *, 6> kKnown = {kInputAudioChange, kBoostLevelChange, kKeyProductId,
                                                          kKeyChannel,       kKeyIndex,         ""};
-  return in.ConsumeBool() ? pick(in, kKnown) : in.ConsumeRandomLengthString(40);
+  return in.ConsumeBool() ? pick(in, kKnown) : std::string(in.ConsumeRandomLengthString(40).c_str());
 }
 
 // One variant: an int32 (the one type the reader takes, put in `number`) or a value of another type.
