@@ -14,7 +14,7 @@ cmake --build --preset release -j "$(nproc)" >/dev/null
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 status=0
-MXRK7_STRESS_SCALE=$scale ctest --preset release -L stress --timeout 7200 -V >"$log" 2>&1 || status=$?
+MXRK7_TEST_SCALE=$scale ctest --preset release -L stress --timeout 7200 -V >"$log" 2>&1 || status=$?
 grep -E '^[0-9]+: (crash safety|concurrency)' "$log" | sed 's/^[0-9]*: //'
 grep -E 'tests passed|\*\*\*Failed|Passed +[0-9.]+ sec' "$log"
 [ "$status" -eq 0 ] || { echo "failures: see the output of ctest --preset release -L stress --output-on-failure"; }

@@ -1,24 +1,19 @@
-// Fuzzes the virtual mixers' config parser with arbitrary text. Besides the sanitizers' own findings
-// (and any exception escaping the parser, which libFuzzer reports as a crash) it checks what the
-// parser promises about an accepted config: byte lists within their bounds, a relative log path
-// taken from the base folder, and that the config written back out as JSON parses to the same
-// config again.
+// Fuzzes the virtual mixers' config parser with arbitrary text. Besides the sanitizers' findings
+// (an exception escaping the parser included): an accepted config has an absolute log path (or
+// none), and written back out as JSON, every field spelt out, it parses to the same config.
 #include <nlohmann/json.hpp>
 
-#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 #include "usb/virtual_config.h"
 
 namespace {
 
 using nlohmann::json;
-using nvx::usb::VirtualConfig;
-using nvx::usb::VirtualMixerConfig;
-
-constexpr const char *kBaseDir = "/fuzz/base";
+using namespace nvx::usb;
 
 std::string hexIndex(uint16_t wIndex) {
   char text[8];
@@ -26,58 +21,36 @@ std::string hexIndex(uint16_t wIndex) {
   return text;
 }
 
-std::string openWord(nvx::usb::IOReturn result) {
-  if (result == nvx::usb::kIOReturnSuccess) return "ok";
-  if (result == nvx::usb::kIOReturnExclusiveAccess) return "busy";
-  if (result == nvx::usb::kIOReturnNotPrivileged) return "denied";
-  __builtin_trap();  // the parser made an open result that no config word names
-}
-
-// The config as the JSON that describes it, every field written out.
 json toJson(const VirtualConfig &config) {
   json mixers = json::array();
   for (const VirtualMixerConfig &mixer : config.mixers) {
-    json fail = json::array();
-    for (uint16_t wIndex : mixer.fail) fail.push_back(hexIndex(wIndex));
-    json shortReads = json::object();
+    json fail = json::array(), shortReads = json::object();
+    for (const uint16_t wIndex : mixer.fail) fail.push_back(hexIndex(wIndex));
     for (const auto &[wIndex, limit] : mixer.shortReads) shortReads[hexIndex(wIndex)] = limit;
-    mixers.push_back({{"firmware", mixer.firmware},
-                      {"input_selectors", mixer.inputSelectors},
-                      {"serato", mixer.serato},
-                      {"beatfx", mixer.beatfx},
-                      {"open", openWord(mixer.openResult)},
-                      {"fail", fail},
+    const char *open = mixer.openResult == kIOReturnSuccess           ? "ok"
+                       : mixer.openResult == kIOReturnExclusiveAccess ? "busy"
+                       : mixer.openResult == kIOReturnNotPrivileged   ? "denied"
+                                                                      : "no such word";
+    mixers.push_back({{"firmware", mixer.firmware}, {"input_selectors", mixer.inputSelectors},
+                      {"serato", mixer.serato}, {"beatfx", mixer.beatfx}, {"open", open}, {"fail", fail},
                       {"short", shortReads}});
   }
   return {{"log", config.logPath}, {"mixers", mixers}};
 }
 
-bool sameMixer(const VirtualMixerConfig &a, const VirtualMixerConfig &b) {
-  return a.firmware == b.firmware && a.inputSelectors == b.inputSelectors && a.serato == b.serato &&
-         a.beatfx == b.beatfx && a.openResult == b.openResult && a.fail == b.fail && a.shortReads == b.shortReads;
+auto fields(const VirtualMixerConfig &m) {
+  return std::tie(m.firmware, m.inputSelectors, m.serato, m.beatfx, m.openResult, m.fail, m.shortReads);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  const std::string_view text(reinterpret_cast<const char *>(data), size);
-  const auto config = nvx::usb::parseVirtualConfig(text, kBaseDir);
+  const auto config = parseVirtualConfig(std::string_view(reinterpret_cast<const char *>(data), size), "/fuzz/base");
   if (!config) return 0;
-
-  for (const VirtualMixerConfig &mixer : config->mixers) {
-    // Answers are at most 64 bytes; a short read's limit fits a wLength.
-    if (mixer.firmware.size() > 64 || mixer.beatfx.size() > 64) __builtin_trap();
-    for (const auto &[wIndex, limit] : mixer.shortReads)
-      if (limit > 0xFFFF) __builtin_trap();
-  }
-  // A log path is empty (no log), absolute as given, or relative to the base folder.
   if (!config->logPath.empty() && config->logPath.front() != '/') __builtin_trap();
-
-  const std::string again = toJson(*config).dump();
-  const auto reparsed = nvx::usb::parseVirtualConfig(again, kBaseDir);
-  if (!reparsed || reparsed->logPath != config->logPath || reparsed->mixers.size() != config->mixers.size())
-    __builtin_trap();
+  const auto again = parseVirtualConfig(toJson(*config).dump(), "/fuzz/base");
+  if (!again || again->logPath != config->logPath || again->mixers.size() != config->mixers.size()) __builtin_trap();
   for (size_t n = 0; n < config->mixers.size(); ++n)
-    if (!sameMixer(config->mixers[n], reparsed->mixers[n])) __builtin_trap();
+    if (fields(config->mixers[n]) != fields(again->mixers[n])) __builtin_trap();
   return 0;
 }

@@ -18,8 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace nvx::test;
 
-constexpr const char *kFileName = "com.norvane.MXR-K7autosetup.plist";
-
 enum class Caller { User, Root, RootWithoutTheUsersGroup };
 
 // The folders of one row: `base` (open to all), the config home, and the accounts involved.
@@ -29,8 +27,9 @@ struct Place {
   const TestAccount &user = testAccount(Role::User);
   const TestAccount &other = testAccount(Role::Other);
 
-  std::string file() const { return config + "/" + kFileName; }
+  std::string file() const { return config + "/" + kSettingsFileName; }
   std::string lock() const { return file() + ".lock"; }
+  gid_t groupOf(uid_t uid) const { return uid == 0 ? 0 : uid == user.uid ? user.gid : other.gid; }
 
   void folder(const std::string &path, mode_t mode, uid_t uid, gid_t gid) const {
     ASSERT_EQ(mkdir(path.c_str(), mode), 0) << path;
@@ -40,7 +39,7 @@ struct Place {
   void ownFolder(mode_t mode) const { folder(config, mode, user.uid, user.gid); }
   void regularFile(const std::string &path, uid_t uid, mode_t mode = 0600) const {
     base.write(fs::relative(path, base.path()), integerPlistXml({{"MaxLevel", 1}}));
-    ASSERT_EQ(chown(path.c_str(), uid, uid == 0 ? 0 : uid == user.uid ? user.gid : other.gid), 0);
+    ASSERT_EQ(chown(path.c_str(), uid, groupOf(uid)), 0);
     ASSERT_EQ(chmod(path.c_str(), mode), 0);
   }
   // The user's own folder (0700) holding a file of `uid` at `path`.
@@ -50,27 +49,27 @@ struct Place {
   }
   void link(const std::string &path, const std::string &target, uid_t uid) const {
     ASSERT_EQ(symlink(target.c_str(), path.c_str()), 0);
-    ASSERT_EQ(lchown(path.c_str(), uid, uid == user.uid ? user.gid : other.gid), 0);
+    ASSERT_EQ(lchown(path.c_str(), uid, groupOf(uid)), 0);
   }
 };
 
 struct Owned {
-  uid_t uid;
-  gid_t gid;
-  mode_t mode;
+  uid_t uid = static_cast<uid_t>(-1);
+  gid_t gid = static_cast<gid_t>(-1);
+  mode_t mode = 0;
   bool operator==(const Owned &) const = default;
 };
 
-// The owner and mode of `path` itself; nothing when it is missing.
-std::optional<Owned> ownerOf(const std::string &path) {
+// The owner and mode of `path` itself; nobody's when it is missing.
+Owned ownerOf(const std::string &path) {
   struct stat info {};
-  if (lstat(path.c_str(), &info) != 0) return std::nullopt;
-  return Owned{info.st_uid, info.st_gid, info.st_mode & 07777};
+  if (lstat(path.c_str(), &info) != 0) return {};
+  return {info.st_uid, info.st_gid, info.st_mode & 07777};
 }
 
-uid_t uidOf(const std::string &path) {
-  const auto owned = ownerOf(path);
-  return owned ? owned->uid : static_cast<uid_t>(-1);
+// What the file holds (through a link), nothing when it is missing.
+std::optional<std::string> contentOf(const std::string &path) {
+  return fs::exists(path) ? std::optional(readFile(path)) : std::nullopt;
 }
 
 struct TrustRow {
@@ -78,40 +77,25 @@ struct TrustRow {
   Caller caller;
   std::function<void(Place &)> prepare;  // sets the folders up; may point XDG_CONFIG_HOME elsewhere
   std::string outcome;                   // as the helper prints it
-  std::function<void(const Place &)> check = [](const Place &) {};
+  std::function<void(const Place &)> check = [](const Place &) {};  // beyond what every row checks
 };
 
 void PrintTo(const TrustRow &row, std::ostream *os) { *os << row.name; }
 
-std::string unchanged() { return integerPlistXml({{"MaxLevel", 1}}); }
-
-// What a refused update must leave: the file as it was (or none), and no lock file made.
-std::function<void(const Place &)> nothingWritten(bool fileThere) {
-  return [fileThere](const Place &p) {
-    if (fileThere) EXPECT_EQ(readFile(p.file()), unchanged());
-    else EXPECT_FALSE(fs::exists(p.file()));
-  };
-}
-
 const std::vector<TrustRow> &rows() {
   static const std::vector<TrustRow> all = {
-      {"own folder", Caller::User, [](Place &p) { p.ownFolder(0700); }, "stored",
-       [](const Place &p) {
-         EXPECT_EQ(ownerOf(p.file()), (Owned{p.user.uid, p.user.gid, 0600}));
-         EXPECT_EQ(ownerOf(p.lock()), (Owned{p.user.uid, p.user.gid, 0600}));
-       }},
+      {"own folder", Caller::User, [](Place &p) { p.ownFolder(0700); }, "stored"},
       {"own folder, writable by the user's private group", Caller::User, [](Place &p) { p.ownFolder(0770); }, "stored"},
       {"own folder, writable by a shared group", Caller::User,
        [](Place &p) {
          p.ownFolder(0770);
          ASSERT_EQ(chown(p.config.c_str(), p.user.uid, sharedTestGroup()), 0);
        },
-       "not stored: folder writable by others", nothingWritten(false)},
+       "not stored: folder writable by others"},
       {"own folder, writable by all", Caller::User, [](Place &p) { p.ownFolder(0777); },
-       "not stored: folder writable by others", nothingWritten(false)},
+       "not stored: folder writable by others"},
       {"another user's folder, writable by all", Caller::User,
-       [](Place &p) { p.folder(p.config, 0777, p.other.uid, p.other.gid); }, "not stored: folder not yours",
-       nothingWritten(false)},
+       [](Place &p) { p.folder(p.config, 0777, p.other.uid, p.other.gid); }, "not stored: folder not yours"},
       {"a shared sticky folder where another user linked the file to the user's", Caller::User,
        [](Place &p) {
          p.folder(p.config, 01777, 0, 0);
@@ -120,11 +104,7 @@ const std::vector<TrustRow> &rows() {
          p.link(p.file(), p.base.file("home/victim"), p.other.uid);
          p.link(p.lock(), p.base.file("home/planted"), p.other.uid);
        },
-       "not stored: folder not yours",
-       [](const Place &p) {
-         EXPECT_EQ(readFile(p.base.file("home/victim")), unchanged());
-         EXPECT_FALSE(fs::exists(p.base.file("home/planted")));
-       }},
+       "not stored: folder not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.base.file("home/planted"))); }},
       {"a missing folder in the user's own", Caller::User,
        [](Place &p) {
          p.folder(p.base.file("home"), 0755, p.user.uid, p.user.gid);
@@ -138,37 +118,37 @@ const std::vector<TrustRow> &rows() {
        },
        "not stored: folder not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.config)); }},
       {"another user's file in the user's folder", Caller::User,
-       [](Place &p) { p.ownFolderHolding(p.file(), p.other.uid, 0666); },
-       "not stored: file not yours", nothingWritten(true)},
+       [](Place &p) { p.ownFolderHolding(p.file(), p.other.uid, 0666); }, "not stored: file not yours"},
       {"another user's link in the user's folder", Caller::User,
        [](Place &p) {
          p.ownFolder(0700);
          p.regularFile(p.base.file("victim"), p.user.uid);
          p.link(p.file(), p.base.file("victim"), p.other.uid);
        },
-       "not stored: file not yours", [](const Place &p) { EXPECT_EQ(readFile(p.base.file("victim")), unchanged()); }},
+       "not stored: file not yours"},
       {"another user's lock link in the user's folder", Caller::User,
        [](Place &p) {
          p.ownFolder(0700);
          p.link(p.lock(), p.base.file("planted"), p.other.uid);
        },
        "not stored: file not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.base.file("planted"))); }},
-      {"a lock file left to root in the user's folder", Caller::User,
-       [](Place &p) { p.ownFolderHolding(p.lock(), 0); },
-       "not stored: file not yours", nothingWritten(false)},
-      {"own link into an own folder", Caller::User,
+      {"a lock file left to root in the user's folder", Caller::User, [](Place &p) { p.ownFolderHolding(p.lock(), 0); },
+       "not stored: file not yours"},
+      {"own relative link into an own folder", Caller::User,
        [](Place &p) {
          p.ownFolder(0700);
          p.folder(p.base.file("dots"), 0700, p.user.uid, p.user.gid);
          p.regularFile(p.base.file("dots/mixer.plist"), p.user.uid);
+         p.link(p.file(), "../dots/mixer.plist", p.user.uid);
+       },
+       "stored", [](const Place &p) { EXPECT_EQ(fs::read_symlink(p.file()), "../dots/mixer.plist"); }},
+      {"own link to a missing file in an own folder", Caller::User,
+       [](Place &p) {
+         p.ownFolder(0700);
+         p.folder(p.base.file("dots"), 0700, p.user.uid, p.user.gid);
          p.link(p.file(), p.base.file("dots/mixer.plist"), p.user.uid);
        },
-       "stored",
-       [](const Place &p) {
-         EXPECT_TRUE(fs::is_symlink(p.file()));
-         const auto dict = nvx::store::readPlistDictionary(p.base.file("dots/mixer.plist"));
-         EXPECT_TRUE(dict && dict->integer("MaxLevel") == 2);
-       }},
+       "stored", [](const Place &p) { EXPECT_TRUE(fs::is_symlink(p.file())); }},
       {"own link into another user's folder", Caller::User,
        [](Place &p) {
          p.ownFolder(0700);
@@ -176,20 +156,13 @@ const std::vector<TrustRow> &rows() {
          p.regularFile(p.base.file("dots/mixer.plist"), p.other.uid, 0666);
          p.link(p.file(), p.base.file("dots/mixer.plist"), p.user.uid);
        },
-       "not stored: folder not yours",
-       [](const Place &p) { EXPECT_EQ(readFile(p.base.file("dots/mixer.plist")), unchanged()); }},
-      {"a read-only file", Caller::User,
-       [](Place &p) { p.ownFolderHolding(p.file(), p.user.uid, 0400); },
-       "not stored: read-only", nothingWritten(true)},
+       "not stored: folder not yours"},
+      {"a read-only file", Caller::User, [](Place &p) { p.ownFolderHolding(p.file(), p.user.uid, 0400); },
+       "not stored: read-only"},
       {"own folder without write permission", Caller::User, [](Place &p) { p.ownFolder(0500); },
        "not stored: read-only", [](const Place &p) { EXPECT_FALSE(fs::exists(p.lock())); }},
-      {"root, its own folder", Caller::Root, [](Place &p) { p.folder(p.config, 0700, 0, 0); }, "stored",
-       [](const Place &p) { EXPECT_EQ(uidOf(p.file()), 0u); }},
-      {"root, a user's folder", Caller::Root, [](Place &p) { p.ownFolder(0700); }, "stored",
-       [](const Place &p) {
-         EXPECT_EQ(ownerOf(p.file()), (Owned{p.user.uid, p.user.gid, 0600}));
-         EXPECT_EQ(ownerOf(p.lock()), (Owned{p.user.uid, p.user.gid, 0600}));
-       }},
+      {"root, its own folder", Caller::Root, [](Place &p) { p.folder(p.config, 0700, 0, 0); }, "stored"},
+      {"root, a user's folder", Caller::Root, [](Place &p) { p.ownFolder(0700); }, "stored"},
       {"root, a user's home without its config folder", Caller::Root,
        [](Place &p) {
          p.folder(p.base.file("home"), 0755, p.user.uid, p.user.gid);
@@ -197,15 +170,12 @@ const std::vector<TrustRow> &rows() {
        },
        "stored",
        [](const Place &p) {
-         for (const std::string &made : {p.base.file("home/.config"), p.config, p.file(), p.lock()})
-           EXPECT_EQ(uidOf(made), p.user.uid) << made;
-         EXPECT_EQ(ownerOf(p.config).value_or(Owned{}).mode, 0700u);
+         EXPECT_EQ(ownerOf(p.base.file("home/.config")).uid, p.user.uid);
+         EXPECT_EQ(ownerOf(p.config), (Owned{p.user.uid, p.user.gid, 0700}));
        }},
-      {"root, a user's folder writable by all", Caller::Root, [](Place &p) { p.ownFolder(0777); },
-       "not stored: folder writable by others", nothingWritten(false)},
       {"root, a user's folder holding a file of root's", Caller::Root,
        [](Place &p) { p.ownFolderHolding(p.file(), 0); },
-       "not stored: file not yours", nothingWritten(true)},
+       "not stored: file not yours"},
       {"root, a user's folder, the user's group not at hand", Caller::RootWithoutTheUsersGroup,
        [](Place &p) { p.folder(p.config, 0700, p.user.uid, 0); }, "not stored: owner could not be set",
        [](const Place &p) { EXPECT_FALSE(fs::exists(p.lock())); }},
@@ -227,6 +197,9 @@ std::string updateAs(Caller caller, const TestAccount &user) {
 
 class StoreTrust : public ::testing::TestWithParam<TrustRow> {};
 
+// Every row also checks: a refused update leaves the file (or a link's target) as it was; a stored
+// one leaves the new value in a file of mode 0600 given, as its lock file, to the folder's owner, and
+// no temporary file.
 TEST_P(StoreTrust, UpdatesFollowTheTable) {
   ASSERT_EQ(geteuid(), 0u) << "the trust table's rows need root to set up other users' files";
   Place place;
@@ -235,7 +208,20 @@ TEST_P(StoreTrust, UpdatesFollowTheTable) {
   if (HasFatalFailure()) return;
   EnvGuard env;
   env.set("XDG_CONFIG_HOME", place.config);
-  EXPECT_EQ(updateAs(GetParam().caller, place.user), GetParam().outcome);
+  const auto before = contentOf(place.file());
+  const std::string outcome = updateAs(GetParam().caller, place.user);
+  EXPECT_EQ(outcome, GetParam().outcome);
+  if (outcome != "stored") {
+    EXPECT_EQ(contentOf(place.file()), before) << "a refused update changed the file";
+  } else {
+    const std::string real = fs::canonical(place.file());
+    const auto dict = nvx::store::readPlistDictionary(real);
+    EXPECT_TRUE(dict && dict->integer("MaxLevel") == 2);
+    const Owned folder = ownerOf(place.config), expected{folder.uid, folder.gid, 0600};
+    EXPECT_EQ(ownerOf(real), expected);
+    EXPECT_EQ(ownerOf(place.lock()), expected);
+    EXPECT_EQ(temporaryFilesIn(fs::path(real).parent_path()), std::vector<std::string>{});
+  }
   GetParam().check(place);
 }
 

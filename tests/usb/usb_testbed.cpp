@@ -1,8 +1,6 @@
 #include "usb/usb_testbed.h"
 
-#include <fcntl.h>
 #include <linux/usbdevice_fs.h>
-#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <umockdev.h>
@@ -25,9 +23,10 @@ namespace {
 
 constexpr size_t kSetupSize = 8;
 
-std::string threeDigits(unsigned number) {
-  char text[8];
-  std::snprintf(text, sizeof text, "%03u", number);
+// Three decimal digits (a bus or device number in a node's path) or four hex digits (an identity).
+std::string digits(unsigned number, bool hex) {
+  char text[16];
+  std::snprintf(text, sizeof text, hex ? "%04x" : "%03u", number);
   return text;
 }
 
@@ -36,26 +35,17 @@ uint8_t high(uint16_t value) { return static_cast<uint8_t>(value >> 8); }
 
 // Device descriptor and one configuration with one vendor-specific interface: what libusb reads
 // from the sysfs "descriptors" file.
-std::vector<uint8_t> descriptors(uint16_t vendor, uint16_t product, bool hubClass) {
-  const uint8_t deviceClass = hubClass ? 0x09 : 0x00;
+std::vector<uint8_t> descriptors(uint16_t vendor, uint16_t product) {
   return {// device
-          18, 0x01, 0x00, 0x02, deviceClass, 0x00, 0x00, 64, low(vendor), high(vendor), low(product), high(product),
+          18, 0x01, 0x00, 0x02, 0x00, 0x00, 0x00, 64, low(vendor), high(vendor), low(product), high(product),
           0x00, 0x01, 0, 0, 0, 1,
           // configuration: total length 18, one interface, value 1, bus-powered, 100 mA
           9, 0x02, 18, 0, 1, 1, 0, 0x80, 50,
           // interface 0, no endpoints
-          9, 0x04, 0, 0, 0, hubClass ? uint8_t{0x09} : uint8_t{0xFF}, 0, 0, 0};
+          9, 0x04, 0, 0, 0, 0xFF, 0, 0, 0};
 }
 
 uint16_t word(const SetupBytes &setup, size_t at) { return static_cast<uint16_t>(setup[at] | setup[at + 1] << 8); }
-
-// Fields of the client's struct usbdevfs_urb, read and written in the resolved copy of it.
-template <typename T>
-T urbField(const UMockdevIoctlData *urb, size_t offset) {
-  T value{};
-  std::memcpy(&value, urb->data + offset, sizeof value);
-  return value;
-}
 
 void setUrbField(UMockdevIoctlData *urb, size_t offset, int value) {
   umockdev_ioctl_data_update(urb, offset, reinterpret_cast<guint8 *>(&value), sizeof value);
@@ -66,10 +56,6 @@ void complete(UMockdevIoctlClient *client, long result, int error) {
 }
 
 }  // namespace
-
-SetupBytes wireBytes(uint8_t bmRequestType, uint8_t bRequest, uint16_t wValue, uint16_t wIndex, uint16_t wLength) {
-  return {bmRequestType, bRequest, low(wValue), high(wValue), low(wIndex), high(wIndex), low(wLength), high(wLength)};
-}
 
 // ---- the device side of usbfs ----
 
@@ -109,21 +95,11 @@ void MockUsbDevice::release(Urb &urb) {
 
 int MockUsbDevice::onIoctl(UMockdevIoctlBase *, UMockdevIoctlClient *client, void *self) {
   auto *device = static_cast<MockUsbDevice *>(self);
-  switch (umockdev_ioctl_client_get_request(client)) {
-    case USBDEVFS_SUBMITURB:
-      device->submit(client);
-      break;
-    case USBDEVFS_REAPURB:  // libusb only ever reaps without waiting; nothing here ever blocks
-    case USBDEVFS_REAPURBNDELAY:
-      device->reap(client);
-      break;
-    case USBDEVFS_DISCARDURB:
-      device->discard(client);
-      break;
-    default:  // capabilities and the like: an old kernel without them
-      complete(client, -1, ENOTTY);
-      break;
-  }
+  const auto request = umockdev_ioctl_client_get_request(client);
+  if (request == USBDEVFS_SUBMITURB) device->submit(client);
+  else if (request == USBDEVFS_REAPURBNDELAY || request == USBDEVFS_REAPURB) device->reap(client);  // never blocks
+  else if (request == USBDEVFS_DISCARDURB) device->discard(client);
+  else complete(client, -1, ENOTTY);  // capabilities and the like: an old kernel without them
   return TRUE;
 }
 
@@ -133,9 +109,10 @@ void MockUsbDevice::submit(UMockdevIoctlClient *client) {
   Urb pending;
   pending.urb = umockdev_ioctl_data_resolve(arg, 0, sizeof(usbdevfs_urb), nullptr);
   if (!pending.urb) return complete(client, -1, EFAULT);
-  const auto type = urbField<unsigned char>(pending.urb, offsetof(usbdevfs_urb, type));
-  const auto length = urbField<int>(pending.urb, offsetof(usbdevfs_urb, buffer_length));
-  if (type != USBDEVFS_URB_TYPE_CONTROL || length < static_cast<int>(kSetupSize)) {
+  // The resolved copy of the client's struct usbdevfs_urb (g_malloc'ed, so aligned).
+  const auto *fields = reinterpret_cast<const usbdevfs_urb *>(pending.urb->data);
+  const int length = fields->buffer_length;
+  if (fields->type != USBDEVFS_URB_TYPE_CONTROL || length < static_cast<int>(kSetupSize)) {
     release(pending);
     return complete(client, -1, EINVAL);
   }
@@ -154,20 +131,11 @@ void MockUsbDevice::submit(UMockdevIoctlClient *client) {
   const std::lock_guard lock(mutex_);
   requests_.push_back(setup);
   if (const auto fault = faults_.find(wIndex); fault != faults_.end()) {
-    switch (fault->second) {
-      case UsbFault::Timeout:
-        waiting_.push_back(pending);
-        return complete(client, 0, 0);
-      case UsbFault::Stall:
-        pending.status = -EPIPE;
-        break;
-      case UsbFault::IoError:
-        pending.status = -EPROTO;
-        break;
-      case UsbFault::Gone:
-        pending.status = -ENODEV;
-        break;
+    if (fault->second == UsbFault::Timeout) {
+      waiting_.push_back(pending);
+      return complete(client, 0, 0);
     }
+    pending.status = fault->second == UsbFault::Stall ? -EPIPE : fault->second == UsbFault::IoError ? -EPROTO : -ENODEV;
   } else if (!read) {
     pending.actualLength = wLength;
   } else if (const auto answer = answers_.find({wIndex, wValue}); answer == answers_.end()) {
@@ -239,7 +207,7 @@ UsbTestbed::~UsbTestbed() {
 }
 
 MockUsbDevice &UsbTestbed::add(uint8_t bus, const std::string &ports, uint8_t address, uint16_t vendor,
-                               uint16_t product, bool hubClass) {
+                               uint16_t product) {
   const std::string busText = std::to_string(bus);
   const std::string sysName = busText + "-" + ports;
   std::string parent;
@@ -248,19 +216,10 @@ MockUsbDevice &UsbTestbed::add(uint8_t bus, const std::string &ports, uint8_t ad
     if (hub == syspaths_.end()) throw std::logic_error("add the hub of " + sysName + " first");
     parent = hub->second;
   }
-  const std::string node = "/dev/bus/usb/" + threeDigits(bus) + "/" + threeDigits(address);
+  const std::string node = "/dev/bus/usb/" + digits(bus, false) + "/" + digits(address, false);
 
   const std::string busnum = busText, devnum = std::to_string(address);
-  const std::string vendorText = [&] {
-    char text[8];
-    std::snprintf(text, sizeof text, "%04x", vendor);
-    return std::string(text);
-  }();
-  const std::string productText = [&] {
-    char text[8];
-    std::snprintf(text, sizeof text, "%04x", product);
-    return std::string(text);
-  }();
+  const std::string vendorText = digits(vendor, true), productText = digits(product, true);
   const gchar *attributes[] = {"busnum",    busnum.c_str(),        "devnum", devnum.c_str(), "speed",
                                "480",       "bConfigurationValue", "1",      "idVendor",     vendorText.c_str(),
                                "idProduct", productText.c_str(),   nullptr};
@@ -273,7 +232,7 @@ MockUsbDevice &UsbTestbed::add(uint8_t bus, const std::string &ports, uint8_t ad
                                    const_cast<gchar **>(attributes), const_cast<gchar **>(properties));
   if (!syspath) throw std::runtime_error("umockdev cannot add " + sysName);
   syspaths_[sysName] = syspath;
-  auto bytes = descriptors(vendor, product, hubClass);
+  auto bytes = descriptors(vendor, product);
   umockdev_testbed_set_attribute_binary(testbed_, syspath, "descriptors", bytes.data(), static_cast<int>(bytes.size()));
   g_free(syspath);
 
@@ -298,22 +257,9 @@ void UsbTestbed::shareWithEveryone() const {
   chmod(root_.c_str(), 01777);
   std::error_code ignored;
   for (auto it = fs::recursive_directory_iterator(root_, ignored); it != fs::recursive_directory_iterator();
-       it.increment(ignored)) {
-    if (it->is_symlink(ignored)) continue;
-    if (it->is_directory(ignored) && it->path() != root_)
-      chmod(it->path().c_str(), 0755);
-    else if (it->is_socket(ignored))
+       it.increment(ignored))
+    if (!it->is_symlink(ignored) && (it->is_directory(ignored) || it->is_socket(ignored)))
       chmod(it->path().c_str(), 0777);
-  }
-}
-
-NodeLock::NodeLock(const MockUsbDevice &device) {
-  fd_ = ::open(device.hostNode().c_str(), O_RDONLY | O_CLOEXEC);
-  held_ = fd_ >= 0 && ::flock(fd_, LOCK_EX | LOCK_NB) == 0;
-}
-
-NodeLock::~NodeLock() {
-  if (fd_ >= 0) ::close(fd_);
 }
 
 }  // namespace nvx::test

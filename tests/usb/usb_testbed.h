@@ -87,11 +87,9 @@ class UsbTestbed {
   UsbTestbed &operator=(const UsbTestbed &) = delete;
 
   // A device on `bus` at port path `ports` ("2", or "10.4" below the hub added earlier at "10"),
-  // with device address `address` and the given identity. `hubClass` gives it the hub device class.
-  MockUsbDevice &add(uint8_t bus, const std::string &ports, uint8_t address, uint16_t vendor, uint16_t product,
-                     bool hubClass = false);
+  // with device address `address` and the given identity.
+  MockUsbDevice &add(uint8_t bus, const std::string &ports, uint8_t address, uint16_t vendor, uint16_t product);
 
-  const std::string &root() const { return root_; }
   // Lets any user read the emulated sysfs, watch for devices and reach the devices' ioctl sockets,
   // so a test can run a helper program as an unprivileged user. Device node files keep their modes.
   void shareWithEveryone() const;
@@ -102,22 +100,5 @@ class UsbTestbed {
   std::map<std::string, std::string> syspaths_;  // "201-10" -> its sysfs path, for devices below hubs
   std::vector<std::unique_ptr<MockUsbDevice>> devices_;
 };
-
-// Another program holding a device: an advisory lock on its node file, as the library takes one.
-class NodeLock {
- public:
-  explicit NodeLock(const MockUsbDevice &device);
-  ~NodeLock();
-  NodeLock(const NodeLock &) = delete;
-  NodeLock &operator=(const NodeLock &) = delete;
-  bool held() const { return held_; }
-
- private:
-  int fd_ = -1;
-  bool held_ = false;
-};
-
-// The setup bytes of a request, little-endian as on the wire.
-SetupBytes wireBytes(uint8_t bmRequestType, uint8_t bRequest, uint16_t wValue, uint16_t wIndex, uint16_t wLength);
 
 }  // namespace nvx::test
