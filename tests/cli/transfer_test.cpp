@@ -46,18 +46,11 @@ TEST_F(ToolTransfer, ExportThenImportElsewhereRestoresTheFileAndSendsEverySettin
   EXPECT_EQ(exported["CHFADERBANK_B"]["args"]["bank"], "temporary");
   EXPECT_EQ(runTool({"export", "-"}).json(), document) << "standard output gets the same document";
 
-  const auto same = runTool({"import", path});
-  ASSERT_EQ(same.exitCode, 0) << same.transcript();
-  EXPECT_NE(same.out.find("0 added, 0 changed, " + std::to_string(kEveryKind.size()) + " unchanged"), std::string::npos)
-      << same.out;
-  bus.clearLog();
   SettingsHome elsewhere;  // a fresh settings folder, as on another computer
   const auto run = runTool({"import", path, "--json"});
   ASSERT_EQ(run.exitCode, 0) << run.transcript();
   EXPECT_EQ(elsewhere.integers(), kEveryKind);
   EXPECT_EQ(writes().size(), 2 * kEveryKind.size());
-  EXPECT_EQ(run.json()["mixers"]["took"], 2);
-  for (const auto &change : run.json()["changes"]) EXPECT_EQ(change["change"], "added") << change;
 }
 
 // The changes come in the setting table's order, whatever the document's.
@@ -112,6 +105,7 @@ TEST_P(ToolBadImport, ChangesNothingAndNamesTheEntry) {
              : document(R"({"setting": "fader-start", "fields": [{"name": "value", "index": 1}]}, )" + c.text),
        "--json"});
   EXPECT_EQ(run.exitCode, 1) << run.transcript();
+  EXPECT_EQ(run.json()["error"]["exit_code"], 1);
   const std::string message = run.json()["error"]["message"];
   EXPECT_NE(message.find(c.mentions), std::string::npos) << message;
   EXPECT_NE(message.find("nothing was changed"), std::string::npos) << message;
