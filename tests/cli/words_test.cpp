@@ -1,6 +1,5 @@
-// The tool's words: how a command line is read into a setting, its instance and its values, and
-// every kind of bad input, refused with exit code 1 (5 for a file that cannot be read or written)
-// before anything is sent or stored.
+// The tool's words read into a setting, its instance and its values; bad input is refused with exit
+// code 1 (5 for a file that cannot be read or written) before anything is sent or stored.
 #include "cli_fixture.h"
 
 namespace nvx::test {
