@@ -17,14 +17,14 @@ bool runUntil(const std::function<bool()> &done, std::chrono::milliseconds timeo
   return true;
 }
 
-WindowTest::~WindowTest() {
+SetupWindowTest::~SetupWindowTest() {
   if (!window_) return;
   window_->hide();
   window_.reset();
   drain();
 }
 
-mxrk7setup::SetupWindow &WindowTest::open(int width) {
+mxrk7setup::SetupWindow &SetupWindowTest::open(int width) {
   if (window_) window_->hide();
   window_ = std::make_unique<mxrk7setup::SetupWindow>();
   window_->set_default_size(width, 700);
@@ -34,23 +34,16 @@ mxrk7setup::SetupWindow &WindowTest::open(int width) {
   return *window_;
 }
 
-mxrk7setup::SettingRow &WindowTest::row(const std::string &id) {
+mxrk7setup::SettingRow &SetupWindowTest::row(const std::string &id) {
   mxrk7setup::SettingRow *found = window_->rows().find(id);
   if (!found) throw std::runtime_error("no row " + id);
   return *found;
 }
 
-void WindowTest::choose(const std::string &id, uint32_t value) {
+void SetupWindowTest::choose(const std::string &id, uint32_t value) {
   ASSERT_TRUE(row(id).changeable()) << id << " cannot be changed";
   row(id).choose(value);
   drain();
-}
-
-VirtualMixer WindowTest::mixer(std::array<int, 4> selectors) {
-  VirtualMixer m;
-  m.firmware = {5, 1};
-  m.selectors = selectors;
-  return m;
 }
 
 }  // namespace nvx::test

@@ -10,7 +10,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "setup_window.h"
 #include "support/sandbox.h"
@@ -21,10 +20,10 @@ namespace nvx::test {
 void drain();
 // Lets the main loop run until `done` holds or `timeout` passes; returns `done()`.
 bool runUntil(const std::function<bool()> &done, std::chrono::milliseconds timeout = std::chrono::seconds(5));
-class WindowTest : public ::testing::Test, public Sandbox {
+class SetupWindowTest : public ::testing::Test, public Sandbox {
  protected:
-  WindowTest() { bus.setMixers({mixer(), mixer()}); }
-  ~WindowTest() override;
+  SetupWindowTest() { bus.setMixers({VirtualMixer{}, VirtualMixer{}}); }
+  ~SetupWindowTest() override;
 
   // A new window (an open one is closed first), shown and drawn once.
   mxrk7setup::SetupWindow &open(int width = 960);
@@ -35,8 +34,6 @@ class WindowTest : public ::testing::Test, public Sandbox {
   void choose(const std::string &id, uint32_t value);
   // The value a row shows; nullopt when it says "Not set".
   std::optional<uint32_t> shown(const std::string &id) { return row(id).shownValue(); }
-
-  static VirtualMixer mixer(std::array<int, 4> selectors = {4, 4, 4, 4});
 
  private:
   std::unique_ptr<mxrk7setup::SetupWindow> window_;

@@ -56,16 +56,12 @@ INSTANTIATE_TEST_SUITE_P(
                   {"boost{}", R"(routing{"channel":0})"}}),
     [](const auto &test) { return std::string(test.param.name); });
 
-TEST_F(CliTest, ApplyNeedsAMixerThatCanBeOpenedAndCanWaitForOne) {
+TEST_F(CliTest, ApplyNeedsAMixerAndCanWaitForOne) {
   settings.writeIntegers({{"PADMode", 1}});
   EXPECT_EQ(runTool({"apply"}).exitCode, 3) << "no mixer";
   EXPECT_EQ(runTool({"apply", "--wait", "--timeout", "0"}).exitCode, 3);
-  bus.setMixersOpening({"busy"});
-  const auto busy = runTool({"apply"});
-  EXPECT_EQ(busy.exitCode, 4) << busy.transcript();
-  EXPECT_NE(busy.out.find("busy"), std::string::npos) << busy.out;
   // Plugged in, not yet accessible: --wait tries again until it can open the mixer.
-  bus.clearLog();
+  bus.setMixersOpening({"busy"});
   Process apply({MXRK7_TOOL, "apply", "--wait", "--timeout", "20"});
   const auto deadline = std::chrono::steady_clock::now() + 10s;
   while (bus.log().empty() && std::chrono::steady_clock::now() < deadline) std::this_thread::sleep_for(10ms);

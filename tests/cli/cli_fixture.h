@@ -27,6 +27,11 @@ class CliTest : public ::testing::Test, public Sandbox {
       if (line.find(" 40 03 ") != std::string::npos) lines.push_back(line);
     return lines;
   }
+  // A settings document file holding these entries (JSON objects separated by commas).
+  std::string document(const std::string &entries) {
+    return settings.dir().write("document.json",
+                                R"({"format": "mxrk7-settings", "version": 1, "settings": [)" + entries + "]}");
+  }
 };
 
 }  // namespace nvx::test

