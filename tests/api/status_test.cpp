@@ -4,8 +4,7 @@
 
 #include "api_fixture.h"
 
-// Rows name only the mixer fields that differ from the default; two fields of VirtualMixer have no
-// default member initializer, which this warning would otherwise report for every such row.
+// Rows name only the mixer fields that differ (two of VirtualMixer's fields have no default).
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 
 namespace nvx::test {

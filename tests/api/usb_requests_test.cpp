@@ -8,8 +8,7 @@
 #include "usb/requests.h"
 #include "usb/usb_access.h"
 
-// Rows name only the mixer fields that differ from the default; two fields of VirtualMixer have no
-// default member initializer, which this warning would otherwise report for every such row.
+// Rows name only the mixer fields that differ (two of VirtualMixer's fields have no default).
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 
 namespace nvx::test {
