@@ -269,15 +269,14 @@ TEST_F(NotifyTest, ChangesOfAnotherProcessReachEveryListeningProcess) {
   for (Listener *listener : {&first, &second})
     for (const char *family : {"input", "boost"})
       EXPECT_EQ(listener->ask(std::string("register ") + family)[2], "100");
-  for (const auto &[post, expected] : {std::pair<std::vector<std::string>, std::string>{{"input", "1", "3"}, "input 1 3"},
-                                       {{"boost", "2"}, "boost 2"}}) {
+  for (const std::string change : {"input 1 3", "boost 2"}) {
     std::vector<std::string> argv{NVX_API_HELPER, "post"};
-    argv.insert(argv.end(), post.begin(), post.end());
+    for (const auto &word : words(change)) argv.push_back(word);
     const auto posted = run(argv);
     ASSERT_EQ(words(posted.out).at(1), "100") << posted.transcript();
     for (Listener *listener : {&first, &second}) {
       const auto [line, at] = listener->next();
-      EXPECT_EQ(line, expected);
+      EXPECT_EQ(line, change);
       // The listener's main loop wakes for the change at once, not at some later time-out.
       EXPECT_LT(at - std::stoll(words(posted.out).at(2)), 500'000) << "µs from the setter's return to the callback";
     }
