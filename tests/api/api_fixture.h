@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,13 +15,20 @@ namespace nvx::test {
 class ApiTest : public ::testing::Test, public Sandbox {
  protected:
   static std::vector<VirtualMixer> mixers(size_t n) { return std::vector<VirtualMixer>(n); }
+  // The write requests of the log, without the selector reads some setters make.
+  std::vector<std::string> writes() const {
+    std::vector<std::string> lines;
+    for (const auto &line : bus.requests())
+      if (line.find(" 40 03 ") != std::string::npos) lines.push_back(line);
+    return lines;
+  }
 };
 
-// The request log lines a write to every one of `count` mixers leaves.
-inline std::vector<std::string> writesToEach(int count, uint16_t wIndex, uint16_t value) {
-  std::vector<std::string> lines;
-  for (int n = 0; n < count; ++n) lines.push_back(writeLine(n, wIndex, value));
-  return lines;
-}
+// A call of the library in a table row, with its text for failure messages.
+struct Call {
+  const char *what;
+  std::function<int32_t()> call;
+};
+#define CALL(expression) ::nvx::test::Call{#expression, [] { return expression; }}
 
 }  // namespace nvx::test

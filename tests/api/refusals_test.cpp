@@ -1,6 +1,6 @@
-// Arguments each function refuses, and each getter's answer for a missing file or key.
+// Arguments each function refuses, and each getter's answer for a missing file or key and for a
+// stored word.
 #include <filesystem>
-#include <functional>
 
 #include "api_fixture.h"
 
@@ -10,12 +10,6 @@ namespace {
 uint32_t out, param;
 int32_t status;
 const char *text;
-
-struct Call {
-  const char *what;
-  std::function<int32_t()> call;
-};
-#define CALL(expression) Call{#expression, [] { return expression; }}
 
 // Refused before any mixer or file is touched, every output left as the caller had it. Where two
 // tests fail at once the order decides nothing; the rows with one bad argument each pin every test.
@@ -129,17 +123,38 @@ TEST_F(ApiTest, GettersAnswerForAMissingFileOrKeyByTheirFamilysRule) {
   }
 }
 
-// The replays send what the file holds; without it each has its own answer, and nothing is stored.
-TEST_F(ApiTest, ReplaysWithoutAFile) {
-  bus.setMixers(mixers(1));
-  EXPECT_EQ(NVX_SendFXBANKFILTERModeIndex(0), NVX_ERROR);
-  EXPECT_TRUE(bus.requests().empty());
-  EXPECT_EQ(NVX_SetCurrentUSBInputAudio(0, 1), NVX_OK);
-  EXPECT_EQ(NVX_SetCurrentBoostLevelIndex(0), NVX_OK);
-  EXPECT_EQ(NVX_SetCurrentFXBANKFILTERModeIndex(0), NVX_OK);
-  EXPECT_EQ(bus.requests(), (std::vector<std::string>{writeLine(0, 0x8002, 0x0203), writeLine(0, 0x8003, 0x0000),
-                                                      writeLine(0, 0x850D, 0x0000)}));
-  EXPECT_FALSE(settings.exists());
+// What a getter hands out of the word its key holds.
+struct ReadCase {
+  const char *key;
+  int64_t stored;
+  Call get;
+  int32_t result;
+  uint32_t out;
+};
+
+const ReadCase kReads[] = {
+    {"Output2", 9, CALL(NVX_GetCurrentUSBInputAudioIndex(0, 2, &out)), NVX_OK, 9},  // no range test
+    {"BANKB_FILTER", 0x2F7E, CALL(NVX_GetFXBANKFILTERModeIndex(0, 1, &out, &param)), NVX_OK, 15},  // nor here
+    {"PopUp", 16, CALL(NVX_GetCurrentFXBANKFILTERModeIndex(0, &out)), NVX_OK, 16},
+    {"PopUp", 16, CALL(NVX_GetCurrentFXBANKBEATEFFECTModeIndex(0, 0, &out)), NVX_OK, 16},
+    {"BFX_BANKA1_0", 15, CALL(NVX_GetFXBANKBFXModeIndex(0, 0, 1, 0, &out)), NVX_OK, 77},  // past the last effect
+    {"BFX_BANKA1_3", 9, CALL(NVX_GetFXBANKBFXModeIndex(0, 0, 1, 3, &out)), NVX_OK, 0},  // an item past the table
+    {"BFX_BANKA2_0", 0x0F0E, CALL(NVX_GetFXBANKBFXModeIndex(0, 0, 2, 0, &out)), NVX_OK, 14},  // the low byte
+    {"TAIL_BANK_A", 0x1002, CALL(NVX_GetFXBANKBFXTAILIndex(0, 0, &out)), NVX_ERROR, 0},
+    {"FaderStartMode", 0x0102, CALL(NVX_GetFADERSTARTIndex(0, &out)), NVX_OK, 2},  // the low byte, no range test
+    {"FaderStartMode", -1, CALL(NVX_GetFADERSTARTIndex(0, &out)), NVX_OK, 255},
+    {"CRFaderCutLagMode", 0x0201, CALL(NVX_GetCROSSFADERCUTLAGModeIndex(0, &out)), NVX_OK, 1},
+    // The crossfader mode is bits 8-15 of the cut lag mode's key (what this library stores reads as 0).
+    {"CRFaderCutLagMode", 0x0201, CALL(NVX_GetCurrentCROSSFADERModeIndex(0, &out)), NVX_OK, 2},
+};
+
+TEST_F(ApiTest, GettersHandOutAStoredWordByTheirFamilysRule) {
+  for (const auto &c : kReads) {
+    settings.writeIntegers({{c.key, c.stored}});
+    out = param = 77;
+    EXPECT_EQ(c.get.call(), c.result) << c.get.what;
+    EXPECT_EQ(out, c.out) << c.get.what;
+  }
 }
 
 }  // namespace
