@@ -2,9 +2,6 @@
 // the direct setter, and the warning's text.
 #include "api_fixture.h"
 
-// Rows name only the mixer fields that differ (two of VirtualMixer's fields have no default).
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
-
 namespace nvx::test {
 namespace {
 

@@ -8,9 +8,6 @@
 #include "usb/requests.h"
 #include "usb/usb_access.h"
 
-// Rows name only the mixer fields that differ (two of VirtualMixer's fields have no default).
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
-
 namespace nvx::test {
 namespace {
 

@@ -9,10 +9,8 @@
 //       Slot n is bank n / 18, position n / 3 % 6, item n % 3; values 0-14 suit every item.
 //   api_helper listen
 //       runs a GLib main loop and takes commands on standard input, answering one line each:
-//       "register input|boost" -> "registered <family> <result> <ms the call took>",
-//       "unregister input|boost" -> "unregistered <family> <result>", "threads" -> "threads <n>";
+//       "register input|boost" -> "registered <family> <result> <ms the call took>";
 //       callbacks print "input <channel> <index> <µs>" and "boost <index> <µs>" (context checked).
-#include <dirent.h>
 #include <glib-unix.h>
 #include <glib.h>
 #include <unistd.h>
@@ -68,21 +66,10 @@ int inputContext, boostContext;
 bool quit = false;
 std::string pending;
 
-int threads() {
-  int count = 0;
-  if (DIR *dir = ::opendir("/proc/self/task")) {
-    while (const dirent *entry = ::readdir(dir)) count += entry->d_name[0] != '.';
-    ::closedir(dir);
-  }
-  return count;
-}
-
 void command(const std::string &line) {
   const bool input = line.ends_with(" input");
   const std::string family = input ? "input" : "boost";
-  if (line == "threads") {
-    say("threads " + std::to_string(threads()));
-  } else if (line.starts_with("register ")) {
+  if (line.starts_with("register ")) {
     const long long start = micros();
     const int32_t result =
         input ? NVX_RegisterInputAudioChangedCallback(
@@ -96,9 +83,6 @@ void command(const std::string &line) {
                     },
                     &boostContext);
     say("registered " + family + " " + std::to_string(result) + " " + std::to_string((micros() - start) / 1000));
-  } else if (line.starts_with("unregister ")) {
-    const int32_t result = input ? NVX_UnregisterInputAudioChangedCallback(0) : NVX_UnregisterBoostLevelChangedCallback(0);
-    say("unregistered " + family + " " + std::to_string(result));
   } else {
     say("unknown " + line);
   }

@@ -30,14 +30,6 @@ std::optional<int64_t> SettingsHome::value(const std::string &key) const {
   return it == values.end() ? std::nullopt : std::optional<int64_t>(it->second);
 }
 
-size_t SettingsHome::keyCount() const {
-  const std::string bytes = readFile(filePath());
-  plist_t root = nullptr;
-  plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
-  size_t count = root && plist_get_node_type(root) == PLIST_DICT ? plist_dict_get_size(root) : 0;
-  if (root) plist_free(root);
-  return count;
-}
 
 void SettingsHome::writeRaw(const std::string &bytes) const {
   dir_.write(kSettingsFileName, bytes);

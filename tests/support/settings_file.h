@@ -24,7 +24,6 @@ class SettingsHome {
   // but is not a dictionary property list.
   std::map<std::string, int64_t> integers() const;
   std::optional<int64_t> value(const std::string &key) const;
-  size_t keyCount() const;
   void writeRaw(const std::string &bytes) const;
   void writeIntegers(const std::map<std::string, int64_t> &values) const;
   ScratchDir &dir() { return dir_; }

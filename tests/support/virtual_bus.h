@@ -17,8 +17,8 @@ struct VirtualMixer {
   int serato = 0;
   std::vector<int> beatfx{0, 0};
   std::string open = "ok";               // "ok", "busy" or "denied"
-  std::vector<std::string> fail;         // wIndex values as "0x8002"
-  std::map<std::string, int> shortReads;  // wIndex -> most bytes a read moves
+  std::vector<std::string> fail = {};         // wIndex values as "0x8002"
+  std::map<std::string, int> shortReads = {};  // wIndex -> most bytes a read moves
 };
 
 class VirtualBus {
