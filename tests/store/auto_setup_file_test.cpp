@@ -187,9 +187,8 @@ TEST(StoreUpdate, BackupsOfUnreadableFilesNeverOverwriteOneAnother) {
     EXPECT_EQ(outcomeText(outcome), "replaced");
     EXPECT_EQ(outcome.backup, backup);
   }
-  EXPECT_EQ(readFile(backup), "damaged 4");
-  EXPECT_EQ(readFile(backup + ".1"), "damaged 3");
-  EXPECT_EQ(readFile(backup + ".2"), "damaged 2");
+  for (const auto &[name, kept] : {std::pair{"", "damaged 4"}, {".1", "damaged 3"}, {".2", "damaged 2"}})
+    EXPECT_EQ(readFile(backup + name), kept);
   EXPECT_FALSE(fs::exists(backup + ".3"));
   // An empty file holds nothing worth keeping.
   home.writeRaw("");
@@ -216,18 +215,15 @@ TEST(StoreUpdate, SomethingElseInTheFilesPlaceIsLeftAlone) {
 TEST(StoreUpdate, NextUpdateRemovesTemporaryFilesOfKilledWriters) {
   SettingsHome home;
   home.writeIntegers({{"Output2", 1}});
-  const std::string dead1 = home.dir().write(kTempPrefix + "Ab12Cd", "<?xml half written");
-  const std::string dead2 = home.dir().write(kTempPrefix + "bak.zzzzzz", "");
+  const std::string dead[] = {home.dir().write(kTempPrefix + "Ab12Cd", "<?xml half written"),
+                              home.dir().write(kTempPrefix + "bak.zzzzzz", "")};
   // Names that only look alike are someone else's.
-  const std::string other1 = home.dir().write(kTempPrefix + "bak", "keep");
-  const std::string other2 = home.dir().write(kTempPrefix + "Ab12Cd.x", "keep");
-  const std::string other3 = home.dir().write(kFileName + ".Ab12Cd", "keep");
-
+  const std::string others[] = {home.dir().write(kTempPrefix + "bak", "keep"),
+                                home.dir().write(kTempPrefix + "Ab12Cd.x", "keep"),
+                                home.dir().write(kFileName + ".Ab12Cd", "keep")};
   EXPECT_EQ(set("MaxLevel", 1), "stored");
-
-  EXPECT_FALSE(fs::exists(dead1));
-  EXPECT_FALSE(fs::exists(dead2));
-  for (const auto &kept : {other1, other2, other3}) EXPECT_EQ(readFile(kept), "keep") << kept;
+  for (const auto &gone : dead) EXPECT_FALSE(fs::exists(gone)) << gone;
+  for (const auto &kept : others) EXPECT_EQ(readFile(kept), "keep") << kept;
   EXPECT_EQ(home.integers(), (std::map<std::string, int64_t>{{"Output2", 1}, {"MaxLevel", 1}}));
 }
 

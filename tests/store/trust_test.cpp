@@ -132,8 +132,6 @@ const std::vector<TrustRow> &rows() {
          p.link(p.lock(), p.base.file("planted"), p.other.uid);
        },
        "not stored: file not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.base.file("planted"))); }},
-      {"a lock file left to root in the user's folder", Caller::User, [](Place &p) { p.ownFolderHolding(p.lock(), 0); },
-       "not stored: file not yours"},
       {"own relative link into an own folder", Caller::User,
        [](Place &p) {
          p.ownFolder(0700);
