@@ -1,13 +1,13 @@
 // Change notifications through the shared library's interface, on a session bus of the tests' own:
 // the callback slots, delivery in the changing process and to other processes, and a bus that is
 // missing or silent. What a signal's body may hold is the payload tests' business.
-#include <dirent.h>
 #include <glib.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <functional>
 #include <sstream>
 
@@ -48,13 +48,9 @@ bool iterateUntil(const std::function<bool()> &done, std::chrono::milliseconds l
 }
 
 // Entries of a folder of /proc/self: its threads ("task") or its open files ("fd").
-int entriesOf(const std::string &folder) {
-  int count = 0;
-  if (DIR *dir = opendir(("/proc/self/" + folder).c_str())) {
-    while (const dirent *entry = readdir(dir)) count += entry->d_name[0] != '.';
-    closedir(dir);
-  }
-  return count;
+long entriesOf(const std::string &folder) {
+  const std::filesystem::directory_iterator entries("/proc/self/" + folder);
+  return std::distance(begin(entries), end(entries));
 }
 
 // --- the slots ------------------------------------------------------------------------------------
@@ -175,7 +171,7 @@ TEST_F(NotifyInProcess, PayloadGlobalsFollowPosts) {
 
 TEST_F(NotifyInProcess, NoThreadNoConnectionPerRegisterAndAnIdleObserverLetsTheLoopSleep) {
   ASSERT_TRUE(boostArrives(1));
-  const int threads = entriesOf("task"), files = entriesOf("fd");
+  const long threads = entriesOf("task"), files = entriesOf("fd");
   for (int i = 0; i < 3; ++i) ASSERT_EQ(NVX_RegisterBoostLevelChangedCallback(0, onBoost, &contextB), NVX_OK);
   ASSERT_EQ(NVX_RegisterInputAudioChangedCallback(0, onInput, &contextA), NVX_OK);
   ASSERT_TRUE(boostArrives(2));
@@ -270,8 +266,8 @@ TEST_F(NotifyTest, ChangesOfAnotherProcessReachEveryListeningProcess) {
     for (const char *family : {"input", "boost"})
       EXPECT_EQ(listener->ask(std::string("register ") + family)[2], "100");
   for (const std::string change : {"input 1 3", "boost 2"}) {
-    std::vector<std::string> argv{NVX_API_HELPER, "post"};
-    for (const auto &word : words(change)) argv.push_back(word);
+    std::vector<std::string> argv = words(change);
+    argv.insert(argv.begin(), {NVX_API_HELPER, "post"});
     const auto posted = run(argv);
     ASSERT_EQ(words(posted.out).at(1), "100") << posted.transcript();
     for (Listener *listener : {&first, &second}) {

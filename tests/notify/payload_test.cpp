@@ -62,27 +62,25 @@ class NotifyPayload : public ::testing::Test {
 const char *const kInput = "MXR-K7 InputAudio Change";
 const char *const kBoost = "MXR-K7 BoostLevel Change";
 
-// The bodies read back independently of the parser, with the exact signature and key order.
+// A body read back with sd-bus alone, independently of the parser: "<name> <key>=<int32> ...", in the
+// order written; "unreadable" when it is not "sa{sv}" with int32 values only.
+std::string bodyText(sd_bus_message *m) {
+  const char *text = nullptr;
+  int32_t value = 0;
+  if (sd_bus_message_rewind(m, 1) < 0 || sd_bus_message_read(m, "s", &text) < 0 ||
+      sd_bus_message_enter_container(m, 'a', "{sv}") < 0)
+    return "unreadable";
+  std::string out = text;
+  while (sd_bus_message_read(m, "{sv}", &text, "i", &value) > 0)
+    out += std::string(" ") + text + "=" + std::to_string(value);
+  return sd_bus_message_exit_container(m) >= 0 && sd_bus_message_at_end(m, 1) > 0 ? out : "unreadable";
+}
+
 TEST_F(NotifyPayload, WrittenBodiesHaveTheWireFormat) {
-  sd_bus_message *input = message([](sd_bus_message *m) { return appendBody(m, Family::InputAudio, {0, 4, 7}); });
-  sd_bus_message *boost = message([](sd_bus_message *m) { return appendBody(m, Family::BoostLevel, {0, 0, 2}); });
-  const char *name = nullptr, *keys[3] = {};
-  int32_t values[3] = {};
-  const auto text = [&](int entries) {
-    std::string out = name;
-    for (int n = 0; n < entries; ++n) out += std::string(" ") + keys[n] + "=" + std::to_string(values[n]);
-    return out;
-  };
-  ASSERT_GE(sd_bus_message_rewind(input, 1), 0);
-  ASSERT_GE(sd_bus_message_read(input, "sa{sv}", &name, 3, &keys[0], "i", &values[0], &keys[1], "i", &values[1],
-                                &keys[2], "i", &values[2]),
-            0);
-  EXPECT_GT(sd_bus_message_at_end(input, 1), 0);
-  EXPECT_EQ(text(3), "MXR-K7 InputAudio Change ProductID=0 Channel=4 Index=7");
-  ASSERT_GE(sd_bus_message_rewind(boost, 1), 0);
-  ASSERT_GE(sd_bus_message_read(boost, "sa{sv}", &name, 2, &keys[0], "i", &values[0], &keys[1], "i", &values[1]), 0);
-  EXPECT_GT(sd_bus_message_at_end(boost, 1), 0);
-  EXPECT_EQ(text(2), "MXR-K7 BoostLevel Change ProductID=0 Index=2");
+  EXPECT_EQ(bodyText(message([](sd_bus_message *m) { return appendBody(m, Family::InputAudio, {0, 4, 7}); })),
+            "MXR-K7 InputAudio Change ProductID=0 Channel=4 Index=7");
+  EXPECT_EQ(bodyText(message([](sd_bus_message *m) { return appendBody(m, Family::BoostLevel, {0, 0, 2}); })),
+            "MXR-K7 BoostLevel Change ProductID=0 Index=2");
 }
 
 // What the parser makes of a message: "<family> <product> <channel> <index>", or "ignored".
@@ -121,7 +119,6 @@ TEST_F(NotifyPayload, ReadsOnlyOurSignalsAndTakesZeroForWhatIsMissingOrMistyped)
       {"index missing", message(body("sa{sv}", kInput, 1, "Channel", "i", 4)), "input 0 4 0"},
       {"uint32 index", message(body("sa{sv}", kInput, 2, "Channel", "i", 1, "Index", "u", 3U)), "input 0 1 0"},
       {"int64 channel", message(body("sa{sv}", kInput, 2, "Channel", "x", int64_t{1}, "Index", "i", 3)), "input 0 0 3"},
-      {"int16 index", message(body("sa{sv}", kInput, 1, "Index", "n", 3)), "input 0 0 0"},
       {"string index", message(body("sa{sv}", kInput, 2, "Channel", "i", 1, "Index", "s", "3")), "input 0 1 0"},
       {"variant in a variant", message(body("sa{sv}", kInput, 1, "Index", "v", "i", 3)), "input 0 0 0"},
       {"array value", message(body("sa{sv}", kInput, 2, "Index", "ai", 2, 1, 2, "Channel", "i", 3)), "input 0 3 0"},

@@ -96,15 +96,12 @@ const std::vector<TrustRow> &rows() {
        "not stored: folder writable by others"},
       {"another user's folder, writable by all", Caller::User,
        [](Place &p) { p.folder(p.config, 0777, p.other.uid, p.other.gid); }, "not stored: folder not yours"},
-      {"a shared sticky folder where another user linked the file to the user's", Caller::User,
+      {"a shared sticky folder where another user planted the lock as a link", Caller::User,
        [](Place &p) {
          p.folder(p.config, 01777, 0, 0);
-         p.folder(p.base.file("home"), 0700, p.user.uid, p.user.gid);
-         p.regularFile(p.base.file("home/victim"), p.user.uid);
-         p.link(p.file(), p.base.file("home/victim"), p.other.uid);
-         p.link(p.lock(), p.base.file("home/planted"), p.other.uid);
+         p.link(p.lock(), p.base.file("planted"), p.other.uid);
        },
-       "not stored: folder not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.base.file("home/planted"))); }},
+       "not stored: folder not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.base.file("planted"))); }},
       {"a missing folder in the user's own", Caller::User,
        [](Place &p) {
          p.folder(p.base.file("home"), 0755, p.user.uid, p.user.gid);
@@ -132,8 +129,6 @@ const std::vector<TrustRow> &rows() {
          p.link(p.lock(), p.base.file("planted"), p.other.uid);
        },
        "not stored: file not yours", [](const Place &p) { EXPECT_FALSE(fs::exists(p.base.file("planted"))); }},
-      {"a lock file left to root in the user's folder", Caller::User, [](Place &p) { p.ownFolderHolding(p.lock(), 0); },
-       "not stored: file not yours"},
       {"own relative link into an own folder", Caller::User,
        [](Place &p) {
          p.ownFolder(0700);
