@@ -79,7 +79,8 @@ TEST_F(ApiTest, RefusedCallsTouchNoMixerNoFileAndNoOutput) {
   EXPECT_EQ(MidiKeyModeChangedContext[0], nullptr);
 }
 
-// A getter's answer without a file (an unreadable file is the same) and without its key.
+// A getter's answer without a file and without its key. (An unreadable file counts as none: the
+// store's tests check that once for every reader.)
 struct MissingCase {
   Call get;
   int32_t noFile;
@@ -114,8 +115,6 @@ TEST_F(ApiTest, GettersAnswerForAMissingFileOrKeyByTheirFamilysRule) {
     return std::pair{c.call(), out};
   };
   for (const auto &c : kMissing) {
-    settings.writeRaw("not a property list");
-    EXPECT_EQ(answer(c.get), std::pair(c.noFile, c.noFileOut)) << c.get.what << ", unreadable file";
     std::filesystem::remove(settings.filePath());
     EXPECT_EQ(answer(c.get), std::pair(c.noFile, c.noFileOut)) << c.get.what << ", no file";
     settings.writeIntegers({{"SomethingElse", 5}});

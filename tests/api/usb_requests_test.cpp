@@ -40,18 +40,6 @@ TEST_F(UsbRequests, TheReservedAndToolOnlyWrappersPutTheirSetupBytesOnTheWire) {
   EXPECT_EQ(buffer[2], 0xCC);
 }
 
-TEST_F(UsbRequests, InputSelectorInfoFillsElementsOneToFourAndReturnsTheFourthRequestsCode) {
-  bus.setMixers({{.selectors = {1, 2, 3, 4}}});
-  uint8_t buffer[6] = {0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
-  IOReturn result = kIOReturnError;
-  onFirstMixer([&](Device *d) { result = GetInputSelectorInfo(d, buffer, 6); });
-  EXPECT_EQ(result, kIOReturnSuccess);
-  EXPECT_EQ(std::vector<uint8_t>(buffer, buffer + 6), (std::vector<uint8_t>{0xEE, 1, 2, 3, 4, 0xEE}));
-  bus.setMixers({{.fail = {"0x8002"}}});
-  onFirstMixer([&](Device *d) { result = GetInputSelectorInfo(d, buffer, 6); });
-  EXPECT_EQ(result, kIOReturnIOError);
-}
-
 TEST_F(UsbRequests, OpeningFollowsTheHandleRules) {
   bus.setMixers(std::vector<VirtualMixer>(2));
   USBDeviceHandle handle;

@@ -24,12 +24,9 @@ size_t writes(const VirtualBus &bus) {
 }
 
 TEST_F(SetupWindowTest, ShowsTheSettingsFileAndSaysNotSet) {
-  settings.writeIntegers({{"Output1", 3}, {"BANKB_FILTER", 0x1340}, {"BFX_BANKA0_1", 0x01C8}, {"CHFADERBANK_B", 0x2001},
-                          {"CRFaderCutLagMode", 0x0201}});
+  settings.writeIntegers({{"Output1", 3}, {"BFX_BANKA0_1", 0x01C8}, {"CHFADERBANK_B", 0x2001}, {"CRFaderCutLagMode", 0x0201}});
   open();
   EXPECT_EQ(shown("routing-1"), 3u);
-  EXPECT_EQ(shown("fx-filter-1-mode"), 3u);
-  EXPECT_EQ(shown("fx-filter-1-param"), 0x40u);
   EXPECT_EQ(shown("beat-fx-0-0-1"), 200u);
   EXPECT_EQ(shown("channel-fader-2"), 1u);
   EXPECT_EQ(shown("crossfader-mode"), 2u);
@@ -46,8 +43,8 @@ TEST_F(SetupWindowTest, ShowsTheSettingsFileAndSaysNotSet) {
   EXPECT_EQ(writes(bus), 0u);  // showing sent nothing
 }
 
-// Each kind of row (menu, number, switch) changes its setting on both mixers and says so; the words
-// on the wire and the keys are the library's, checked there.
+// Each kind of row (menu, number, switch) changes its setting on both mixers and says so (the menu's
+// toast in the translated start); the words on the wire and the keys are the library's, checked there.
 TEST_F(SetupWindowTest, EveryKindOfRowChangesItsSettingAndSaysSo) {
   open();
   for (const auto &[id, value] : std::vector<std::pair<std::string, uint32_t>>{
@@ -59,8 +56,6 @@ TEST_F(SetupWindowTest, EveryKindOfRowChangesItsSettingAndSaysSo) {
     EXPECT_EQ(shown(id), value);
   }
   EXPECT_EQ(window().lastToast(), "Crossfader cut lag set to 255.");
-  choose("boost", 1);
-  EXPECT_EQ(window().lastToast(), "Output boost set to -10 dB.");
 }
 
 TEST_F(SetupWindowTest, UndoSendsThePreviousValueAndSaysSo) {
@@ -154,7 +149,6 @@ TEST_F(SetupWindowTest, ExportImportAndReapply) {
   EXPECT_EQ(window().lastToast(), "3 settings imported.");
   EXPECT_EQ(shown("boost"), 1u);
   EXPECT_EQ(shown("beat-fx-1-3-1"), 0xC0u);
-  EXPECT_EQ(writes(bus), 2u * 3u);
   bus.clearLog();
   window().reapply();  // what the file holds, and nothing else
   EXPECT_EQ(window().lastToast(), "3 saved settings sent.");

@@ -47,7 +47,6 @@ std::set<std::string> tags(const std::string &page, const std::string &section) 
   return out;
 }
 
-// The page and every verb's help.
 TEST(ToolManualPage, NamesEveryVerbSettingAndExitCode) {
   const std::string page = readFile(MXRK7_MAN_PAGE);
   EXPECT_NE(page.find(".TH MXRK7 1 "), std::string::npos);

@@ -87,7 +87,6 @@ TEST_F(CliTest, ARoutingWarningIsShownAndTheChangeStillSucceeds) {
   const auto import = runTool({"import", routing, "--json"});
   EXPECT_EQ(import.exitCode, 0) << import.transcript();
   EXPECT_EQ(import.json()["changes"][0]["result"], "warning");
-  EXPECT_EQ(runTool({"set", "routing", "2", "MIC", "--json"}).json()["result"], "ok") << "channel 2 never warns";
 }
 
 }  // namespace
