@@ -15,13 +15,7 @@ namespace nvx::test {
 class ApiTest : public ::testing::Test, public Sandbox {
  protected:
   static std::vector<VirtualMixer> mixers(size_t n) { return std::vector<VirtualMixer>(n); }
-  // The write requests of the log, without the selector reads some setters make.
-  std::vector<std::string> writes() const {
-    std::vector<std::string> lines;
-    for (const auto &line : bus.requests())
-      if (line.find(" 40 03 ") != std::string::npos) lines.push_back(line);
-    return lines;
-  }
+  std::vector<std::string> writes() const { return bus.writes(); }
 };
 
 // A call of the library in a table row, with its text for failure messages.

@@ -96,8 +96,9 @@ TEST_F(ApiTest, WarningTextMissingBundleGivesNullAndMissingKeyGivesTheKey) {
   ScratchDir root;
   env.set("MXRK7_SYSROOT", root.path());
   EXPECT_EQ(warningText(99), "<null>");
-  root.write("System/Library/Frameworks/NorvaneMXRK7Setup.framework/Versions/A/Resources/English.lproj/Localizable.strings",
-             "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>OTHER</key><string>x</string></dict></plist>");
+  root.write(
+      "System/Library/Frameworks/NorvaneMXRK7Setup.framework/Versions/A/Resources/English.lproj/Localizable.strings",
+      "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>OTHER</key><string>x</string></dict></plist>");
   EXPECT_EQ(warningText(99), "WARNING2");
 }
 

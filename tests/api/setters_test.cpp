@@ -42,7 +42,8 @@ const SetterCase kSetters[] = {
     {"filter", [] { return NVX_SetFXBANKFILTERModeIndex(0, 1, 3, 0x40); }, "40 03 40 13 0D 85 00 00", "BANKB_FILTER",
      0x1340, [](uint32_t *o) { return NVX_GetFXBANKFILTERModeIndex(0, 1, &o[0], &o[1]); }, {3, 0x40}},
     {"filter_param_low_byte", [] { return NVX_SetFXBANKFILTERModeIndex(0, 2, 4, 0x1FF); }, "40 03 FF 24 0D 85 00 00",
-     "TEMPORARY_FILTER", 0x24FF, [](uint32_t *o) { return NVX_GetFXBANKFILTERModeIndex(0, 2, &o[0], &o[1]); }, {4, 0xFF}},
+     "TEMPORARY_FILTER", 0x24FF, [](uint32_t *o) { return NVX_GetFXBANKFILTERModeIndex(0, 2, &o[0], &o[1]); },
+     {4, 0xFF}},
     {"beat_fx_type", [] { return NVX_SetFXBANKBFXModeIndex(0, 1, 3, 0, 9); }, "40 03 09 58 0E 85 00 00",
      "BFX_BANKB3_0", 0x5809, [](uint32_t *o) { return NVX_GetFXBANKBFXModeIndex(0, 1, 3, 0, o); }, {9}},
     {"beat_fx_depth_low_byte", [] { return NVX_SetFXBANKBFXModeIndex(0, 1, 3, 1, 0x1C0); }, "40 03 C0 59 0E 85 00 00",
@@ -69,7 +70,8 @@ const SetterCase kSetters[] = {
     {"tail_temporary", [] { return NVX_SetFXBANKBFXTAILIndex(0, 2, 1); }, "40 03 01 20 10 85 00 00", "TAIL_TEMP",
      0x2001, [](uint32_t *o) { return NVX_GetFXBANKBFXTAILIndex(0, 2, o); }, {1}},
     // Bank 3 is sent, then refused for want of a key.
-    {"tail_bank3", [] { return NVX_SetFXBANKBFXTAILIndex(0, 3, 1); }, "40 03 01 30 10 85 00 00", nullptr, 0, nullptr, {},
+    {"tail_bank3", [] { return NVX_SetFXBANKBFXTAILIndex(0, 3, 1); }, "40 03 01 30 10 85 00 00", nullptr, 0, nullptr,
+     {},
      NVX_ERROR},
     {"cut_lag", [] { return NVX_SetCROSSFADERCUTLAGIndex(0, 255); }, "40 03 00 FF 11 85 00 00", "CRFaderCutLag", 255,
      plain<NVX_GetCROSSFADERCUTLAGIndex>, {255}},
@@ -101,7 +103,8 @@ TEST_P(ApiSetters, SendToEveryMixerStoreOneKeyAndReadBack) {
   EXPECT_EQ(std::vector<uint32_t>(out, out + c.readBack.size()), c.readBack);
 }
 
-INSTANTIATE_TEST_SUITE_P(, ApiSetters, ::testing::ValuesIn(kSetters), [](const auto &p) { return std::string(p.param.name); });
+INSTANTIATE_TEST_SUITE_P(, ApiSetters, ::testing::ValuesIn(kSetters),
+                         [](const auto &p) { return std::string(p.param.name); });
 
 }  // namespace
 }  // namespace nvx::test

@@ -20,13 +20,7 @@ inline Finished runTool(const std::vector<std::string> &args, const ProcessOptio
 
 class CliTest : public ::testing::Test, public Sandbox {
  protected:
-  // The vendor writes of the request log (the routing setter also reads the input selectors).
-  std::vector<std::string> writes() const {
-    std::vector<std::string> lines;
-    for (const auto &line : bus.requests())
-      if (line.find(" 40 03 ") != std::string::npos) lines.push_back(line);
-    return lines;
-  }
+  std::vector<std::string> writes() const { return bus.writes(); }
   // A settings document file holding these entries (JSON objects separated by commas).
   std::string document(const std::string &entries) {
     return settings.dir().write("document.json",

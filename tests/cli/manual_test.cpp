@@ -92,8 +92,9 @@ std::set<std::string> complete(const std::vector<std::string> &words) {
   // The script asks the command it completes: the tool under test.
   std::string array = " '" MXRK7_TOOL "'";
   for (size_t i = 1; i < words.size(); ++i) array += " '" + words[i] + "'";
-  const std::string script = std::string("source '") + MXRK7_BASH_COMPLETION + "' && COMP_WORDS=(" + array +
-                             ") && COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _mxrk7 && printf '%s\\n' \"${COMPREPLY[@]}\"";
+  const std::string script =
+      std::string("source '") + MXRK7_BASH_COMPLETION + "' && COMP_WORDS=(" + array +
+      ") && COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _mxrk7 && printf '%s\\n' \"${COMPREPLY[@]}\"";
   const auto [out, status] =
       shell("bash --norc --noprofile -c \"$MXRK7_COMPLETION_SCRIPT\"", {.env = {{"MXRK7_COMPLETION_SCRIPT", script}}});
   EXPECT_EQ(status, 0) << "bash failed for" << array << ":\n" << out;

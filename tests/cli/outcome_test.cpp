@@ -60,7 +60,8 @@ INSTANTIATE_TEST_SUITE_P(
         OutcomeCase{"theRequestFailed", {"fail"}, true, 4, "not-sent", {"failed"}, "NOT sent"},
         OutcomeCase{"onlyABusyMixer", {"busy"}, true, 4, "not-sent", {"busy"}, "is busy"},
         OutcomeCase{"busyBesideAWorkingOne", {"busy", "ok"}, true, 6, "partial", {"busy", "ok"}, "sent to mixer 1;"},
-        OutcomeCase{"deniedBesideAWorkingOne", {"ok", "denied"}, true, 6, "partial", {"ok", "denied"}, "may not be opened"},
+        OutcomeCase{
+            "deniedBesideAWorkingOne", {"ok", "denied"}, true, 6, "partial", {"ok", "denied"}, "may not be opened"},
         OutcomeCase{"folderNotWritable", {"ok"}, false, 5, "not-stored", {"ok"}, "NOT stored"},
         OutcomeCase{"notStoredWinsOverNotSent", {"busy"}, false, 5, "not-stored", {"busy"}, "NOT stored"}),
     [](const auto &test) { return std::string(test.param.name); });

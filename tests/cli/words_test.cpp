@@ -35,7 +35,9 @@ INSTANTIATE_TEST_SUITE_P(
         WordsCase{{"PAD-Mode", "0x1"}, "{}", {1}},  // a name in any case, a hexadecimal index
         WordsCase{{"fx-filter", "B", "PITCH", "0x40"}, R"({"bank": "B"})", {3, 64}},
         WordsCase{{"fx-filter", "temporary", "wide filter", "255"}, R"({"bank": "temporary"})", {4, 255}},
-        WordsCase{{"beat-fx", "temporary", "3", "depth", "200"}, R"({"bank": "temporary", "position": 3, "item": "depth"})", {200}},
+        WordsCase{{"beat-fx", "temporary", "3", "depth", "200"},
+                  R"({"bank": "temporary", "position": 3, "item": "depth"})",
+                  {200}},
         WordsCase{{"beat-fx", "b", "BTFX_4", "FXType", "echo"}, R"({"bank": "B", "position": 4, "item": "type"})", {3}},
         WordsCase{{"beat-fx", "A", "1", "Deprh", "7"}, R"({"bank": "A", "position": 1, "item": "depth"})", {7}},
         WordsCase{{"routing", "1", "Cross Fader A"}, R"({"channel": 1})", {3}},

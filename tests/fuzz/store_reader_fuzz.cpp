@@ -123,7 +123,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const TreeFacts facts = factsOf(*ours);
   if (facts.depth > kMaxPlistDepth || facts.nodes > kMaxPlistNodes) __builtin_trap();
   const bool askLibplist = facts.nodes <= 2000 && !facts.hasNul;
-  const bool ascii = std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  const bool ascii =
+      std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
   const bool sameText =
       bytes.find('\r') == std::string_view::npos && (ascii || bytes.find("encoding") == std::string_view::npos);
   if (askLibplist && (bytes.starts_with("bplist00") || sameText) && !libplistAgrees(*ours, bytes, false))

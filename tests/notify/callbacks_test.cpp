@@ -92,7 +92,8 @@ TEST_F(NotifyTest, RegisterAndUnregisterFillAndEmptyEachFamilysSlots) {
   inputAudioInfo = &marker;
   checkSlots(NVX_RegisterBoostLevelChangedCallback, NVX_UnregisterBoostLevelChangedCallback,
              BoostLevelChangedCallbackFunc, BoostLevelChangedContext, boostLevelInfo, &indexA, &indexB);
-  EXPECT_TRUE(InputAudioChangedCallbackFunc[0] == inputA && inputAudioInfo == &marker) << "the other family is untouched";
+  EXPECT_TRUE(InputAudioChangedCallbackFunc[0] == inputA && inputAudioInfo == &marker)
+      << "the other family is untouched";
   inputAudioInfo = nullptr;
   NVX_UnregisterInputAudioChangedCallback(0);
 }
@@ -124,7 +125,8 @@ class NotifyInProcess : public NotifyTest {
   // A boost change, waited for: every change posted before it has been delivered by then.
   static bool boostArrives(uint32_t index) {
     EXPECT_EQ(NVX_SetBoostLevelIndex(0, index), NVX_OK);
-    return iterateUntil([&] { return !boostCalls.empty() && boostCalls.back() == std::vector<int32_t>{int32_t(index)}; }, 5s);
+    return iterateUntil(
+        [&] { return !boostCalls.empty() && boostCalls.back() == std::vector<int32_t>{int32_t(index)}; }, 5s);
   }
 };
 

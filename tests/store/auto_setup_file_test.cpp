@@ -88,7 +88,8 @@ TEST(StoreUpdate, OneUpdateSetsAndRemovesKeysTogether) {
                                {"max", kMax},  {"PADMode", -1}, {"absent", std::nullopt}};
   EXPECT_EQ(outcomeText(UpdateAutoSetupFile(changes)), "stored");
   // The values as another reader of the file (libplist) sees them; the keys in their order.
-  EXPECT_EQ(home.integers(), (std::map<std::string, int64_t>{{"MaxLevel", 0}, {"PADMode", -1}, {"min", kMin}, {"max", kMax}}));
+  EXPECT_EQ(home.integers(),
+            (std::map<std::string, int64_t>{{"MaxLevel", 0}, {"PADMode", -1}, {"min", kMin}, {"max", kMax}}));
   const auto file = LoadAutoSetupFile();
   ASSERT_TRUE(file);
   EXPECT_EQ(file->keys(), (std::vector<std::string>{"MaxLevel", "PADMode", "min", "max"}));

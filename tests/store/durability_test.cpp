@@ -52,15 +52,16 @@ TEST(StoreDurability, SyncsTheTemporaryFileBeforeTheRenameAndTheFolderAfter) {
       first(0, [&](const Call &c) { return c.name == "openat" && c.args.find(temp) != std::string::npos; });
   ASSERT_NE(opened, std::string::npos) << "no temporary file was made:\n" << readFile(trace.file("log"));
   const std::string fd = calls[opened].result, folder = calls[opened].args.substr(0, calls[opened].args.find(','));
-  const size_t written = first(opened, [&](const Call &c) { return c.name == "write" && c.args.starts_with(fd + ","); });
+  const size_t written =
+      first(opened, [&](const Call &c) { return c.name == "write" && c.args.starts_with(fd + ","); });
   const size_t synced = first(opened, [&](const Call &c) { return c.name.ends_with("sync") && c.args == fd; });
   const size_t renamed = first(opened, [&](const Call &c) {
     return c.name.starts_with("rename") && c.args.find(temp) != std::string::npos &&
            c.args.find(", \"com.norvane.MXR-K7autosetup.plist\"") != std::string::npos;
   });
-  const size_t folderSynced = renamed == std::string::npos
-                                  ? renamed
-                                  : first(renamed, [&](const Call &c) { return c.name == "fsync" && c.args == folder; });
+  const size_t folderSynced = renamed == std::string::npos ? renamed : first(renamed, [&](const Call &c) {
+    return c.name == "fsync" && c.args == folder;
+  });
   const std::vector<size_t> order = {written, synced, renamed, folderSynced};
   EXPECT_TRUE(std::find(order.begin(), order.end(), std::string::npos) == order.end() &&
               std::is_sorted(order.begin(), order.end()))

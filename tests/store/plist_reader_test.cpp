@@ -29,7 +29,9 @@ std::optional<PlistValue> valueOf(const std::string &bytes) {
   return value ? std::optional<PlistValue>(*value) : std::nullopt;
 }
 
-std::optional<PlistValue> xmlValue(const std::string &entry) { return valueOf(xmlPlist("<key>v</key>" + entry + "\n")); }
+std::optional<PlistValue> xmlValue(const std::string &entry) {
+  return valueOf(xmlPlist("<key>v</key>" + entry + "\n"));
+}
 
 TEST(StorePlistReader, XmlValuesOfEveryKindAndWhatIsUnreadable) {
   PlistArray array;
@@ -95,9 +97,11 @@ TEST(StorePlistReader, BinaryValuesOfEveryKind) {
   const Case cases[] = {
       {"8-byte integer", [](BinaryPlistBuilder &b) { return b.integer(-7); }, PlistValue::signedInteger(-7)},
       {"1-byte integer", [](BinaryPlistBuilder &b) { return b.raw("\x10\xC8"); }, integer(200)},
-      {"16-byte integer", [](BinaryPlistBuilder &b) { return b.raw("\x14" + std::string(8, '\0') + std::string(8, '\xFF')); },
+      {"16-byte integer",
+       [](BinaryPlistBuilder &b) { return b.raw("\x14" + std::string(8, '\0') + std::string(8, '\xFF')); },
        integer(~uint64_t{0})},
-      {"16-byte integer beyond 64 bits", [](BinaryPlistBuilder &b) { return b.raw("\x14\x01" + std::string(15, '\0')); },
+      {"16-byte integer beyond 64 bits",
+       [](BinaryPlistBuilder &b) { return b.raw("\x14\x01" + std::string(15, '\0')); },
        PlistValue(PlistForeign{0x14})},
       {"4-byte real", [](BinaryPlistBuilder &b) { return b.raw(std::string("\x22\x3F\xC0\x00\x00", 5)); }, real(1.5)},
       {"8-byte real", [](BinaryPlistBuilder &b) { return b.real(0.1); }, real(0.1)},
@@ -153,7 +157,8 @@ TEST(StorePlistWriter, WritesTheCanonicalForm) {
   dict.set("MaxLevel", PlistValue::signedInteger(2));
   EXPECT_EQ(std::get<std::string>(plistXml(PlistValue(dict))),
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-            "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+            "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+            "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
             "<plist version=\"1.0\">\n<dict>\n\t<key>MaxLevel</key>\n\t<integer>2</integer>\n</dict>\n</plist>\n");
 }
 

@@ -32,7 +32,8 @@ TEST(StressConcurrency, SimultaneousWritersLoseNoKeyAndReadersNeverSeeABrokenFil
   ASSERT_EQ(run({NVX_CORE_HELPER, "update", "Seed", "1"}).exitCode, 0);
 
   std::vector<std::unique_ptr<Process>> readers, writers;
-  for (int r = 0; r < kReaders; ++r) readers.push_back(std::make_unique<Process>(std::vector<std::string>{NVX_CORE_HELPER, "read"}));
+  for (int r = 0; r < kReaders; ++r)
+    readers.push_back(std::make_unique<Process>(std::vector<std::string>{NVX_CORE_HELPER, "read"}));
   for (int w = 0; w < kWriters; ++w)
     writers.push_back(std::make_unique<Process>(std::vector<std::string>{
         NVX_CORE_HELPER, "update", "Writer" + std::to_string(10 + w) + ".Key", std::to_string(keys), "--wait"}));

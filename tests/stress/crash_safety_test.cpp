@@ -64,8 +64,8 @@ class StressCrash : public ::testing::Test, public Sandbox {
       uint32_t value = 9999;
       ASSERT_EQ(NVX_GetFXBANKBFXModeIndex(0, slot / 18, slot / 3 % 6, slot % 3, &value), NVX_OK);
       ASSERT_TRUE(value == *known.returned || known.started.contains(value))
-          << "round " << round << ", slot " << slot << ": reads " << value << ", but the last setter that returned stored "
-          << *known.returned;
+          << "round " << round << ", slot " << slot << ": reads " << value
+          << ", but the last setter that returned stored " << *known.returned;
     }
   }
 
@@ -85,7 +85,8 @@ TEST_F(StressCrash, KilledWritersLeaveAReadableFileWithEveryReturnedValue) {
   const auto seed = seedText ? static_cast<std::mt19937::result_type>(std::strtoul(seedText, nullptr, 10))
                              : std::random_device{}();
   std::mt19937 random(seed);
-  std::uniform_int_distribution<int64_t> delay(0, std::max<int64_t>(std::chrono::duration_cast<std::chrono::microseconds>(perCall * 3).count(), 1));
+  std::uniform_int_distribution<int64_t> delay(
+      0, std::max<int64_t>(std::chrono::duration_cast<std::chrono::microseconds>(perCall * 3).count(), 1));
   int insideCalls = 0, withTempFiles = 0;
   SCOPED_TRACE("seed " + std::to_string(seed));
   for (int round = 0; round < rounds; ++round) {
@@ -113,8 +114,8 @@ TEST_F(StressCrash, KilledWritersLeaveAReadableFileWithEveryReturnedValue) {
   EXPECT_FALSE(std::filesystem::exists(settings.filePath() + ".bak")) << "an unreadable file was replaced";
   EXPECT_GT(insideCalls, rounds / 2) << "without kills inside setter calls the test proves nothing";
   std::cout << "crash safety: " << rounds << " kills, " << insideCalls << " inside a setter call, " << withTempFiles
-            << " left a temporary file; one setter call took " << std::chrono::duration<double, std::milli>(perCall).count()
-            << " ms; seed " << seed << "\n";
+            << " left a temporary file; one setter call took "
+            << std::chrono::duration<double, std::milli>(perCall).count() << " ms; seed " << seed << "\n";
 }
 
 }  // namespace

@@ -30,7 +30,9 @@ namespace {
 
 std::string namespaceError;  // why main could not make a mount namespace, if it could not
 
-std::optional<std::map<std::string, int64_t>> readIntegers(const std::string &path) { return plistIntegers(readFile(path)); }
+std::optional<std::map<std::string, int64_t>> readIntegers(const std::string &path) {
+  return plistIntegers(readFile(path));
+}
 
 // Fills the file system of `folder` until not one more byte fits, then frees `leave` bytes.
 void fill(const std::string &folder, off_t leave) {

@@ -73,12 +73,15 @@ void command(const std::string &line) {
     const long long start = micros();
     const int32_t result =
         input ? NVX_RegisterInputAudioChangedCallback(
-                    0, [](int32_t c, int32_t i, void *x) {
-                      if (x == &inputContext) say("input " + std::to_string(c) + " " + std::to_string(i) + " " + std::to_string(micros()));
+                    0,
+                    [](int32_t c, int32_t i, void *x) {
+                      if (x == &inputContext)
+                        say("input " + std::to_string(c) + " " + std::to_string(i) + " " + std::to_string(micros()));
                     },
                     &inputContext)
               : NVX_RegisterBoostLevelChangedCallback(
-                    0, [](int32_t i, void *x) {
+                    0,
+                    [](int32_t i, void *x) {
                       if (x == &boostContext) say("boost " + std::to_string(i) + " " + std::to_string(micros()));
                     },
                     &boostContext);

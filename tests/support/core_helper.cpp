@@ -54,7 +54,8 @@ int update(const std::string &prefix, int count, const std::string &mode) {
     const std::string outcome = outcomeOf(key, 1000 + i);
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    say("done " + std::to_string(i) + " " + std::to_string(now.tv_sec * 1'000'000LL + now.tv_nsec / 1000) + " " + outcome);
+    say("done " + std::to_string(i) + " " + std::to_string(now.tv_sec * 1'000'000LL + now.tv_nsec / 1000) + " " +
+        outcome);
   }
   return 0;
 }
@@ -80,7 +81,8 @@ int readLoop() {
     shrank += independent->size() < last;
     last = independent->size();
   }
-  say("reads " + std::to_string(reads) + " unreadable " + std::to_string(unreadable) + " shrank " + std::to_string(shrank));
+  say("reads " + std::to_string(reads) + " unreadable " + std::to_string(unreadable) + " shrank " +
+      std::to_string(shrank));
   return 0;
 }
 
@@ -106,9 +108,11 @@ int main(int argc, char **argv) {
     std::puts(outcomeOf(argv[2], static_cast<int32_t>(std::strtol(argv[3], nullptr, 10))).c_str());
     return 0;
   }
-  if (verb == "update" && (argc == 4 || argc == 5)) return update(argv[2], std::atoi(argv[3]), argc == 5 ? argv[4] : "");
+  if (verb == "update" && (argc == 4 || argc == 5))
+    return update(argv[2], std::atoi(argv[3]), argc == 5 ? argv[4] : "");
   if (verb == "read" && argc == 2) return readLoop();
   if (verb == "open" && argc == 3) return open(argv[2]);
-  std::fprintf(stderr, "usage: core_helper set KEY VALUE | update PREFIX COUNT [--wait|--step] | read | open VVVV:PPPP\n");
+  std::fprintf(stderr,
+               "usage: core_helper set KEY VALUE | update PREFIX COUNT [--wait|--step] | read | open VVVV:PPPP\n");
   return 2;
 }

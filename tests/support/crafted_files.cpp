@@ -29,7 +29,8 @@ std::string manyKeys(int count) {
 
 std::string billionLaughs() {
   std::string doc = "<?xml version=\"1.0\"?>\n<!DOCTYPE plist [\n<!ENTITY l0 \"lol\">\n";
-  for (int i = 1; i < 10; ++i) doc += "<!ENTITY l" + std::to_string(i) + " \"" + repeated("&l" + std::to_string(i - 1) + ";", 10) + "\">\n";
+  for (int i = 1; i < 10; ++i)
+    doc += "<!ENTITY l" + std::to_string(i) + " \"" + repeated("&l" + std::to_string(i - 1) + ";", 10) + "\">\n";
   return withProlog(doc + "]>\n", kPadMode + "<key>x</key><string>&l9;</string>\n");
 }
 
@@ -44,7 +45,8 @@ std::string binaryWith(Build &&build) {
 }  // namespace
 
 std::string xmlPlist(const std::string &entries) {
-  return withProlog("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+  return withProlog("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
                     "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n",
                     entries);
 }
@@ -55,13 +57,15 @@ std::vector<CraftedFile> craftedFiles() {
       {"30,000 levels after an internal subset",
        withProlog("<!DOCTYPE x [ [ ]>\n", kPadMode + "<key>x</key>" + nestedArrays(30000)), false, false, std::nullopt},
       {"closing tags hidden in processing instructions",
-       xmlPlist(kPadMode + "<key>x</key>" + repeated("<array><?x \"?>\" </array> ?>", 30000) + repeated("</array>", 30000)),
+       xmlPlist(kPadMode + "<key>x</key>" + repeated("<array><?x \"?>\" </array> ?>", 30000) +
+                repeated("</array>", 30000)),
        false, false, std::nullopt},
       {"5,000 levels", xmlPlist(kPadMode + "<key>x</key>" + nestedArrays(5000)), false, false, std::nullopt},
       {"30,000 levels", xmlPlist(kPadMode + "<key>x</key>" + nestedArrays(30000)), false, false, std::nullopt},
       {"a billion laughs", billionLaughs(), false, false, std::nullopt},
       {"an external entity",
-       withProlog("<!DOCTYPE plist [<!ENTITY x SYSTEM \"file:///etc/passwd\">]>\n", kPadMode + "<key>x</key><string>&x;</string>\n"),
+       withProlog("<!DOCTYPE plist [<!ENTITY x SYSTEM \"file:///etc/passwd\">]>\n",
+                  kPadMode + "<key>x</key><string>&x;</string>\n"),
        false, false, std::nullopt},
       {"an undeclared entity", xmlPlist(kPadMode + "<key>x</key><string>&x;</string>\n"), false, false, std::nullopt},
       {"2 MiB", xmlPlist(kPadMode + "<key>x</key><string>" + std::string(2 << 20, 'x') + "</string>\n"), false, false,
@@ -70,7 +74,8 @@ std::vector<CraftedFile> craftedFiles() {
        false, std::nullopt},
       {"30,000 keys", xmlPlist(kPadMode + manyKeys(30000)), true, true, 2},
       {"a one-character typo", xmlPlist(kPadMode + "<key>x</key><string>y</string\n"), false, false, std::nullopt},
-      {"a duplicate key (the last wins)", xmlPlist(kPadMode + "<key>PADMode</key><integer>1</integer>\n"), true, true, 1},
+      {"a duplicate key (the last wins)", xmlPlist(kPadMode + "<key>PADMode</key><integer>1</integer>\n"), true, true,
+       1},
       {"invalid UTF-8", xmlPlist(kPadMode + "<key>x</key><string>\xFF</string>\n"), false, false, std::nullopt},
       {"a billion values by shared references", binaryWith([](BinaryPlistBuilder &b) {
          uint64_t inner = b.array({});

@@ -22,7 +22,8 @@ void PrivateBus::stop() {
   daemon_.reset();
 }
 
-SilentSocket::SilentSocket(const std::string &path) : path_(path), fd_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+SilentSocket::SilentSocket(const std::string &path)
+    : path_(path), fd_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   EXPECT_LT(path.size(), sizeof address.sun_path) << path;

@@ -20,7 +20,8 @@ using namespace std::chrono_literals;
 struct ProcessOptions {
   std::map<std::string, std::optional<std::string>> env = {};  // changes to the test's environment; nullopt unsets
   const TestAccount *asUser = nullptr;                     // run as this unprivileged account
-  std::optional<uid_t> namespaceUser = {};  // run in a user namespace that maps only root and this user (no group of its own)
+  std::optional<uid_t> namespaceUser =
+      {};  // run in a user namespace that maps only root and this user (no group of its own)
   std::string stdinFile = {};          // standard input from this file (else a pipe: writeLine, closeInput)
 };
 

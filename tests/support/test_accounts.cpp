@@ -26,7 +26,8 @@ TestAccount ensureAccount(const std::string &name) {
   // A second process making the same account at the same time fails with "already exists"; either
   // way the account is there afterwards.
   if (!getpwnam(name.c_str()))
-    run({"useradd", "--user-group", "--no-create-home", "--shell", "/usr/sbin/nologin", "--groups", kSharedGroup, name});
+    run({"useradd", "--user-group", "--no-create-home", "--shell", "/usr/sbin/nologin", "--groups", kSharedGroup,
+         name});
   const passwd *found = getpwnam(name.c_str());
   if (!found) throw std::runtime_error("cannot make the test account " + name + " (the tests make it as root)");
   return {name, found->pw_uid, found->pw_gid};
@@ -39,7 +40,8 @@ const TestAccount &testAccount(Role role) {
   static std::map<Role, TestAccount> made;
   const std::lock_guard<std::mutex> lock(making);
   auto it = made.find(role);
-  if (it == made.end()) it = made.emplace(role, ensureAccount(role == Role::User ? "nvxtest-user" : "nvxtest-other")).first;
+  if (it == made.end())
+    it = made.emplace(role, ensureAccount(role == Role::User ? "nvxtest-user" : "nvxtest-other")).first;
   return it->second;
 }
 

@@ -52,6 +52,13 @@ std::vector<std::string> VirtualBus::requests() const {
   return lines;
 }
 
+std::vector<std::string> VirtualBus::writes() const {
+  std::vector<std::string> lines;
+  for (auto &line : requests())
+    if (line.find(" 40 03 ") != std::string::npos) lines.push_back(line);
+  return lines;
+}
+
 void VirtualBus::clearLog() const { std::ofstream(log_, std::ios::trunc); }
 
 std::string writeLine(int device, uint16_t wIndex, uint16_t value) {

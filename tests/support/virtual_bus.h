@@ -28,9 +28,11 @@ class VirtualBus {
   void setMixers(const std::vector<VirtualMixer> &mixers);
   // Default mixers, one per entry, each opening as the entry says ("ok", "busy" or "denied").
   void setMixersOpening(const std::vector<std::string> &opens);
-  // Every log line so far, and only the request lines (open/close left out).
+  // Every log line so far; only the request lines (open/close left out); only the vendor writes
+  // (without the input selector reads that some setters make).
   std::vector<std::string> log() const;
   std::vector<std::string> requests() const;
+  std::vector<std::string> writes() const;
   void clearLog() const;
   const std::string &configPath() const { return config_; }
   const std::string &logPath() const { return log_; }

@@ -184,7 +184,8 @@ TEST_F(LibusbBackend, OpenWithoutAccessToTheNodeIsNotPrivileged) {
   std::snprintf(id, sizeof id, "%04x:%04x", kMixer.vendor, kMixer.product);
   // As a user of the tests' own (the tests run as root), against a node only root may use; the
   // same run succeeds when the node allows it.
-  for (const auto &[mode, code] : {std::pair{mode_t{0666}, kIOReturnSuccess}, std::pair{mode_t{0600}, kIOReturnNotPrivileged}}) {
+  for (const auto &[mode, code] :
+       {std::pair{mode_t{0666}, kIOReturnSuccess}, std::pair{mode_t{0600}, kIOReturnNotPrivileged}}) {
     ASSERT_EQ(::chmod(mixer.hostNode().c_str(), mode), 0);
     const auto run = test::run({NVX_CORE_HELPER, "open", id}, {.asUser = &test::testAccount(test::Role::User)});
     char line[32];
