@@ -15,7 +15,6 @@ namespace nvx::test {
 class ApiTest : public ::testing::Test, public Sandbox {
  protected:
   static std::vector<VirtualMixer> mixers(size_t n) { return std::vector<VirtualMixer>(n); }
-  std::vector<std::string> writes() const { return bus.writes(); }
 };
 
 // A call of the library in a table row, with its text for failure messages.

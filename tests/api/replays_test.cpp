@@ -49,7 +49,7 @@ TEST_P(ApiReplays, SendWhatTheFileHoldsAndStoreNothing) {
   EXPECT_EQ(c.replay.call(), c.result);
   std::vector<std::string> expected;
   for (const auto &wire : c.sent) expected.push_back("0 " + wire);
-  EXPECT_EQ(writes(), expected);
+  EXPECT_EQ(bus.writes(), expected);
   ASSERT_EQ(settings.exists(), !c.file.empty());
   if (settings.exists()) {
     EXPECT_EQ(settings.integers(), c.file);

@@ -96,7 +96,7 @@ TEST_P(ApiSetters, SendToEveryMixerStoreOneKeyAndReadBack) {
   }
   bus.setMixers(mixers(2));
   ASSERT_EQ(c.set(), c.result);
-  EXPECT_EQ(writes(), (std::vector<std::string>{std::string("0 ") + c.wire, std::string("1 ") + c.wire}));
+  EXPECT_EQ(bus.writes(), (std::vector<std::string>{std::string("0 ") + c.wire, std::string("1 ") + c.wire}));
   if (!c.get) return;
   uint32_t out[2] = {kUntouched, kUntouched};
   EXPECT_EQ(c.get(out), NVX_OK);

@@ -17,8 +17,6 @@
 namespace nvx::test {
 namespace {
 
-size_t writes(const VirtualBus &bus) { return bus.writes().size(); }
-
 TEST_F(SetupWindowTest, ShowsTheSettingsFileAndSaysNotSet) {
   settings.writeIntegers(
       {{"Output1", 3}, {"BFX_BANKA0_1", 0x01C8}, {"CHFADERBANK_B", 0x2001}, {"CRFaderCutLagMode", 0x0201}});
@@ -37,7 +35,7 @@ TEST_F(SetupWindowTest, ShowsTheSettingsFileAndSaysNotSet) {
   EXPECT_FALSE(row("routing-4").changeable());  // the library sets channels 0-3 only
   // The mixer's own words, as the library gives them.
   EXPECT_STREQ(adw_preferences_row_get_title(ADW_PREFERENCES_ROW(row("beat-fx-0-0-1").widget())), "Deprh");
-  EXPECT_EQ(writes(bus), 0u);  // showing sent nothing
+  EXPECT_EQ(bus.writes().size(), 0u);  // showing sent nothing
 }
 
 // Each kind of row (menu, number, switch) changes its setting on both mixers and says so (the menu's
@@ -49,7 +47,7 @@ TEST_F(SetupWindowTest, EveryKindOfRowChangesItsSettingAndSaysSo) {
     SCOPED_TRACE(id);
     bus.clearLog();
     choose(id, value);
-    EXPECT_EQ(writes(bus), 2u);
+    EXPECT_EQ(bus.writes().size(), 2u);
     EXPECT_EQ(shown(id), value);
   }
   EXPECT_EQ(window().lastToast(), "Crossfader cut lag set to 255.");
@@ -64,7 +62,7 @@ TEST_F(SetupWindowTest, UndoSendsThePreviousValueAndSaysSo) {
   ASSERT_TRUE(window().canUndo());
   bus.clearLog();
   window().undo();
-  EXPECT_EQ(writes(bus), 2u);
+  EXPECT_EQ(bus.writes().size(), 2u);
   EXPECT_EQ(shown("boost"), 1u);
   EXPECT_EQ(window().lastToast(), "Output boost back to -10 dB.");
   EXPECT_FALSE(window().canUndo());
@@ -82,7 +80,7 @@ TEST_F(SetupWindowTest, AChangeFromOutsideAppearsWithinASecond) {
   EXPECT_TRUE(runUntil([&] { return shown("pad-mode") == 2u; }, std::chrono::seconds(1)));
   EXPECT_EQ(run({MXRK7_TOOL, "set", "routing", "1", "Cross Fader B"}).exitCode, 0);
   EXPECT_TRUE(runUntil([&] { return shown("routing-1") == 4u; }, std::chrono::seconds(1)));
-  EXPECT_EQ(writes(bus), 4u);  // only the tool's: the window sent nothing back
+  EXPECT_EQ(bus.writes().size(), 4u);  // only the tool's: the window sent nothing back
   EXPECT_TRUE(std::filesystem::is_symlink(settings.filePath()));
 }
 
@@ -149,7 +147,7 @@ TEST_F(SetupWindowTest, ExportImportAndReapply) {
   bus.clearLog();
   window().reapply();  // what the file holds, and nothing else
   EXPECT_EQ(window().lastToast(), "3 saved settings sent.");
-  EXPECT_EQ(writes(bus), 2u * 3u);
+  EXPECT_EQ(bus.writes().size(), 2u * 3u);
 }
 
 TEST_F(SetupWindowTest, TheNarrowLayoutFitsAPhonesWidth) {

@@ -33,7 +33,7 @@ TEST_P(ToolApply, SendsWhatTheFileHoldsAndNothingElse) {
   ASSERT_EQ(run.exitCode, 0) << run.transcript();
   EXPECT_EQ(targets(run.json()["sent"]), c.sent);
   EXPECT_EQ(targets(run.json()["skipped"]), c.skipped);
-  EXPECT_EQ(writes().size(), 2 * c.sent.size()) << "one write of each to each mixer";
+  EXPECT_EQ(bus.writes().size(), 2 * c.sent.size()) << "one write of each to each mixer";
   EXPECT_EQ(settings.exists(), !c.file.empty()) << "apply stores nothing";
 }
 
@@ -70,7 +70,7 @@ TEST_F(CliTest, ApplyNeedsAMixerAndCanWaitForOne) {
   bus.setMixers({VirtualMixer{}});
   const auto run = apply.finish();
   EXPECT_EQ(run.exitCode, 0) << run.transcript();
-  EXPECT_EQ(writes(), std::vector<std::string>{writeLine(0, 0x8514, 0x0100)});
+  EXPECT_EQ(bus.writes(), std::vector<std::string>{writeLine(0, 0x8514, 0x0100)});
 }
 
 }  // namespace

@@ -20,7 +20,6 @@ inline Finished runTool(const std::vector<std::string> &args, const ProcessOptio
 
 class CliTest : public ::testing::Test, public Sandbox {
  protected:
-  std::vector<std::string> writes() const { return bus.writes(); }
   // A settings document file holding these entries (JSON objects separated by commas).
   std::string document(const std::string &entries) {
     return settings.dir().write("document.json",

@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(CliTest, MixerOptionSendsToOneMixerAndStoresAsUsual) {
   bus.setMixers({VirtualMixer{}, VirtualMixer{}});
   EXPECT_EQ(runTool({"set", "pad-mode", "2", "--mixer", "1"}).exitCode, 0);
-  EXPECT_EQ(writes(), std::vector<std::string>{writeLine(1, 0x8514, 0x0200)});
+  EXPECT_EQ(bus.writes(), std::vector<std::string>{writeLine(1, 0x8514, 0x0200)});
   EXPECT_EQ(runTool({"set", "pad-mode", "0", "--mixer", "7"}).exitCode, 3) << "a mixer that is not connected";
   EXPECT_EQ(settings.value("PADMode"), 2) << "nothing changed for a mixer that is not there";
 }

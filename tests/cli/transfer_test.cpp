@@ -48,7 +48,7 @@ TEST_F(ToolTransfer, ExportThenImportElsewhereRestoresTheFileAndSendsEverySettin
   const auto run = runTool({"import", path, "--json"});
   ASSERT_EQ(run.exitCode, 0) << run.transcript();
   EXPECT_EQ(elsewhere.integers(), kEveryKind);
-  EXPECT_EQ(writes().size(), 2 * kEveryKind.size());
+  EXPECT_EQ(bus.writes().size(), 2 * kEveryKind.size());
 }
 
 // The changes come in the setting table's order, whatever the document's.

@@ -31,16 +31,14 @@ struct Finished {
   std::string err;
   std::chrono::milliseconds took{0};
 
- private:
-  mutable std::optional<nlohmann::json> parsed_;
-
- public:
-
   // Standard output as one JSON document, parsed once and kept, so a loop over a part of it is
   // safe; fails the test (and gives null) when it is not one.
   const nlohmann::json &json() const;
   std::vector<std::string> lines() const;
   std::string transcript() const;  // both streams, for failure messages
+
+ private:
+  mutable std::optional<nlohmann::json> parsed_;
 };
 
 class Process {
